@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/AVCaptureDevice.h"
+#include "platform/NSObject.h"
+
+/// The name of a kind of notification; a constant text.
+using NSNotificationName = std::string_view;
+
+/// One event: its name and the device that it is about.
+struct NSNotification {
+    NSNotificationName name;
+    AVCaptureDevice object;
+};
+
+/// Hands notifications to whoever subscribed. Notifications are delivered on the main thread.
+class NSNotificationCenter {
+  public:
+    static NSNotificationCenter& defaultCenter();
+
+    /// From now on calls `selector` of `observer` with each notification called `name`, from any
+    /// sender (`object` is always null). The subscription ends when the observer is destroyed.
+    template <class Observer>
+    void addObserver(Observer& observer, void (Observer::*selector)(const NSNotification&),
+                     NSNotificationName name, std::nullptr_t /*object*/) {
+        observers_.push_back({observer.lifetime(), name, [&observer, selector](const auto& sent) {
+                                  (observer.*selector)(sent);
+                              }});
+    }
+
+    /// Delivers `notification` to its observers, in the order in which they subscribed. Main
+    /// thread.
+    void postNotification(const NSNotification& notification);
+
+  private:
+    struct Subscription {
+        std::weak_ptr<const void> observer;
+        NSNotificationName name;
+        std::function<void(const NSNotification&)> deliver;
+    };
+
+    std::vector<Subscription> observers_;
+};
