@@ -1,0 +1,13 @@
+// The program for the built-in cameras.
+
+#include "app/RunQuelvo.h"
+#include "platform/backend/Backends.h"
+#include "platform/linux/SystemLog.h"
+#include "virtualcam/DemoBus.h"
+
+int main(int argc, char** argv) {
+    platform::SystemLog log;
+    const auto bus = virtualcam::makeDemoBus();
+    platform::installBackends({bus.get(), bus.get(), &log});
+    return runQuelvo(argc, argv);
+}

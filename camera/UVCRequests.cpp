@@ -1,0 +1,136 @@
+// Reads and writes of one control as UVC class requests on the default control pipe.
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+
+#include "camera/ByteOrder.h"
+#include "camera/RequestCodes.h"
+#include "camera/StatusText.h"
+#include "camera/UVCCameraControl.h"
+#include "platform/NSLog.h"
+
+void* g_dataBuffer = nullptr;
+std::int32_t g_length = 0;
+
+namespace {
+
+/// bmRequestType of a class request to an interface (USB 2.0, table 9-2).
+constexpr std::uint8_t toInterface = 0x21;
+constexpr std::uint8_t fromInterface = 0xA1;
+
+/// The bytes of the reply to GET_LEN (UVC 1.1, 4.2.1.1).
+constexpr std::int32_t lengthReplySize = 2;
+
+/// Addresses a control: the selector in the high byte of wValue, the unit in that of wIndex. The
+/// interface number in wIndex's low byte is always 0.
+IOUSBDevRequest requestTo(std::int32_t selector, std::int32_t unit, std::uint8_t type,
+                          std::int32_t code, std::int32_t length, void* data) {
+    IOUSBDevRequest request;
+    request.bmRequestType = type;
+    request.bRequest = static_cast<std::uint8_t>(code);
+    request.wValue = static_cast<std::uint16_t>(selector * 256);
+    request.wIndex = static_cast<std::uint16_t>(unit * 256);
+    request.wLength = static_cast<std::uint16_t>(length);
+    request.pData = data;
+    return request;
+}
+
+/// Returns the first `size` bytes of the receive buffer.
+std::span<std::uint8_t> received(std::int32_t size) {
+    return {static_cast<std::uint8_t*>(g_dataBuffer), static_cast<std::size_t>(std::max(size, 0))};
+}
+
+}  // namespace
+
+std::int32_t UVCCameraControl::sendControlRequest(IOUSBDevRequest controlRequest) {
+    if (!interface) {
+        NSLog("CameraControl Error: No interface to send request");
+        return 1;
+    }
+    const IOReturn opened = interface->USBInterfaceOpen();
+    if (opened != kIOReturnSuccess) {
+        NSLog("CameraControl Error: Unable to open interface (%08x)\n", statusBits(opened));
+        return 1;
+    }
+    const IOReturn sent = interface->ControlRequest(0, controlRequest);
+    interface->USBInterfaceClose();
+    if (sent != kIOReturnSuccess) {
+        NSLog("CameraControl Error: Control request failed: %08x", statusBits(sent));
+        return 1;
+    }
+    return 0;
+}
+
+std::int8_t UVCCameraControl::setData(std::int64_t value, std::int32_t withLength,
+                                      std::int32_t forSelector, std::int32_t at) {
+    std::array<std::uint8_t, sizeof value> data{};
+    const auto fits = [&data](std::int32_t length) {
+        const bool fitting = length >= 0 && static_cast<std::size_t>(length) <= data.size();
+        if (!fitting)
+            NSLog("CameraControl Error: A control of %d bytes can't be written", length);
+        return fitting;
+    };
+    std::int32_t length = withLength;
+    if (!fits(length))
+        return 1;
+    if (at == extensionUnitID) {
+        if (sendControlRequest(
+                requestTo(forSelector, at, fromInterface, GET_LEN, length, data.data())) != 0)
+            return 1;
+        length = static_cast<std::int32_t>(littleEndian(std::span(data).first(lengthReplySize)));
+        if (!fits(length))
+            return 1;
+    }
+    putLittleEndian(static_cast<std::uint64_t>(value), data);
+    if (length == 8)
+        NSLog("set:length:%d , %ld", length, value);
+    return static_cast<std::int8_t>(
+        sendControlRequest(requestTo(forSelector, at, toInterface, SET_CUR, length, data.data())));
+}
+
+/// Asks the camera for a vendor control's length, leaves it in `g_length` and clears the receive
+/// buffer, which has `room` bytes.
+std::int64_t UVCCameraControl::readLengthOfControl(std::int32_t selector, std::int32_t room) {
+    if (room < lengthReplySize) {
+        NSLog("CameraControl Error: No room for a control's length in %d bytes", room);
+        return 1;
+    }
+    if (sendControlRequest(
+            requestTo(selector, extensionUnitID, fromInterface, GET_LEN, room, g_dataBuffer)) != 0)
+        return 1;
+    g_length = static_cast<std::int32_t>(littleEndian(received(lengthReplySize)));
+    std::ranges::fill(received(room), std::uint8_t{0});
+    return 0;
+}
+
+std::int64_t UVCCameraControl::getDataFor(std::int32_t code, std::int32_t withLength,
+                                          std::int32_t fromSelector, std::int32_t at) {
+    const std::int32_t room = g_dataBuffer == nullptr ? 0 : g_length;
+    if (at == extensionUnitID) {
+        if (readLengthOfControl(fromSelector, room) != 0)
+            return 1;
+    } else {
+        g_length = withLength;
+    }
+    if (g_length < 0 || g_length > room) {
+        NSLog("CameraControl Error: A control of %d bytes does not fit a buffer of %d", g_length,
+              room);
+        return 1;
+    }
+    const auto firstWord =
+        static_cast<std::int32_t>(littleEndian(received(std::min(room, lengthReplySize))));
+    NSLog("bmRequestType2:%d get_data_for:%d", std::int32_t{fromInterface}, firstWord);
+    return sendControlRequest(
+        requestTo(fromSelector, at, fromInterface, code, g_length, g_dataBuffer));
+}
+
+std::int64_t UVCCameraControl::getValueForControl(const UVCControlInfo* control) {
+    return getDataFor(GET_CUR, control->size, control->selector, control->unit);
+}
+
+std::int8_t UVCCameraControl::setValue(std::int64_t value, const UVCControlInfo* forControl) {
+    NSLog("intval:%ld", value);
+    return setData(value, forControl->size, forControl->selector, forControl->unit);
+}
