@@ -1,0 +1,95 @@
+#include "platform/qt/Actions.h"
+
+#include <QAbstractButton>
+#include <QAbstractSlider>
+#include <QComboBox>
+#include <QEvent>
+#include <algorithm>
+
+#include "platform/NSViewController.h"
+#include "platform/qt/WidgetPeer.h"
+
+namespace platform {
+
+struct Actions::Target {
+    std::shared_ptr<WidgetPeer> peer;
+    const NSAction* action;
+};
+
+Actions::Actions(NSViewController& controller, QWidget& window) : controller_(controller) {
+    // A timer of no duration comes after all events that are there already.
+    idle_.setSingleShot(true);
+    idle_.setInterval(0);
+    connect(&idle_, &QTimer::timeout, this, &Actions::flush);
+    window.installEventFilter(this);
+}
+
+Actions::~Actions() = default;
+
+void Actions::connectAction(QWidget& widget, const NSAction& action) {
+    auto peer = std::make_shared<WidgetPeer>(WidgetPeer{&widget, this});
+    targets_.push_back(std::make_unique<Target>(Target{std::move(peer), &action}));
+    Target& target = *targets_.back();
+    if (auto* slider = qobject_cast<QAbstractSlider*>(&widget))
+        connectSlider(*slider, target);
+    else if (auto* button = qobject_cast<QAbstractButton*>(&widget))
+        connectButton(*button, target);
+    else if (auto* list = qobject_cast<QComboBox*>(&widget))
+        connect(list, &QComboBox::activated, this, [this, &target] { sendNow(target); });
+}
+
+void Actions::connectSlider(QAbstractSlider& slider, Target& target) {
+    connect(&slider, &QAbstractSlider::valueChanged, this, [this, &target] { sendSoon(target); });
+    connect(&slider, &QAbstractSlider::sliderReleased, this, &Actions::flush);
+}
+
+void Actions::connectButton(QAbstractButton& button, Target& target) {
+    connect(&button, &QAbstractButton::clicked, this, [this, &target] { sendNow(target); });
+    // Assistive technology toggles a button without a click. When a click is what toggles it, the
+    // click follows at once and takes this one's place. An exclusive button is only ever switched
+    // off by another one, which sends its own action.
+    connect(&button, &QAbstractButton::toggled, this, [this, &button, &target](bool checked) {
+        if (checked || !button.autoExclusive())
+            sendSoon(target);
+    });
+}
+
+void Actions::settle(const QWidget* widget) {
+    if (std::ranges::any_of(waiting_,
+                            [&](const Target* target) { return target->peer->widget == widget; }))
+        flush();
+}
+
+void Actions::flush() {
+    idle_.stop();
+    while (!waiting_.empty()) {
+        const Target* next = waiting_.front();
+        waiting_.erase(waiting_.begin());
+        perform(*next);
+    }
+}
+
+bool Actions::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close)
+        flush();
+    return QObject::eventFilter(watched, event);
+}
+
+void Actions::sendSoon(Target& target) {
+    if (std::ranges::find(waiting_, &target) == waiting_.end())
+        waiting_.push_back(&target);
+    idle_.start();
+}
+
+void Actions::sendNow(Target& target) {
+    std::erase(waiting_, &target);
+    flush();
+    perform(target);
+}
+
+void Actions::perform(const Target& target) {
+    if (target.peer->widget)
+        target.action->perform(controller_, NSView(target.peer));
+}
+
+}  // namespace platform

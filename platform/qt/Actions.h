@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <memory>
+#include <vector>
+
+class NSViewController;
+class QAbstractButton;
+class QAbstractSlider;
+class QWidget;
+struct NSAction;
+
+namespace platform {
+
+/// Sends the actions of a window's widgets to its controller, however the user works them. A
+/// slider's action waits until the input that is queued already has been handled: each action
+/// blocks the main thread while the camera answers, and positions that the hand has left by then
+/// are not worth sending. The last one always is, and the order between widgets is kept.
+class Actions : public QObject {
+  public:
+    Actions(NSViewController& controller, QWidget& window);
+    ~Actions() override;
+
+    /// From now on sends `action` when the user works `widget`.
+    void connectAction(QWidget& widget, const NSAction& action);
+
+    /// Sends what waits, if the action of `widget` is among it.
+    void settle(const QWidget* widget);
+
+    /// Sends every action that waits.
+    void flush();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    struct Target;
+
+    void connectSlider(QAbstractSlider& slider, Target& target);
+    void connectButton(QAbstractButton& button, Target& target);
+    void sendSoon(Target& target);
+    void sendNow(Target& target);
+    void perform(const Target& target);
+
+    NSViewController& controller_;
+    std::vector<std::unique_ptr<Target>> targets_;
+    std::vector<const Target*> waiting_;
+    QTimer idle_;
+};
+
+}  // namespace platform

@@ -1,0 +1,50 @@
+#include "platform/NSApplication.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QWidget>
+
+#include "platform/AVCaptureDevice.h"
+#include "platform/NSLog.h"
+#include "platform/qt/Interface.h"
+
+namespace {
+
+void nameApplication() {
+    QApplication::setApplicationName(QStringLiteral("quelvo"));
+    QApplication::setDesktopFileName(QStringLiteral("quelvo"));
+    QIcon icon;
+    for (const char* file : {":/quelvo-32.png", ":/quelvo-64.png", ":/quelvo-128.png"})
+        icon.addFile(QString::fromLatin1(file));
+    QApplication::setWindowIcon(icon);
+}
+
+/// Runs the window's life on an application that exists; returns the exit status.
+int runWindow(NSApplicationDelegate& delegate, NSViewController& controller) {
+    const auto window = platform::InterfaceWindow::load(controller);
+    if (!window) {
+        NSLog("ERROR: the interface file cannot be read");
+        return 1;
+    }
+    controller.viewDidLoad();
+    QApplication::setQuitOnLastWindowClosed(
+        delegate.applicationShouldTerminateAfterLastWindowClosed());
+    window->widget().show();
+    delegate.applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    delegate.applicationWillTerminate();
+    return status;
+}
+
+}  // namespace
+
+int NSApplicationMain(int argumentCount, char** arguments, const NSApplicationClasses& classes) {
+    const QApplication application(argumentCount, arguments);
+    nameApplication();
+    const auto delegate = classes.makeDelegate();
+    const auto controller = classes.makeViewController();
+    platform::startDeviceNotifications();
+    const int status = runWindow(*delegate, *controller);
+    platform::stopDeviceNotifications();
+    return status;
+}

@@ -1,0 +1,59 @@
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QIcon>
+#include <QToolButton>
+
+#include "platform/NSView.h"
+#include "platform/qt/Images.h"
+#include "platform/qt/WidgetPeer.h"
+
+using platform::change;
+using platform::widgetFor;
+
+namespace {
+
+/// Also switches off the exclusive button that is on, which the toolkit refuses to do.
+void setChecked(QAbstractButton& button, bool checked) {
+    const bool exclusive = button.autoExclusive();
+    button.setAutoExclusive(exclusive && checked);
+    button.setChecked(checked);
+    button.setAutoExclusive(exclusive);
+}
+
+}  // namespace
+
+void NSButton::setState(int state) const {
+    change<QAbstractButton>(peer(), [&](QAbstractButton& button) {
+        auto* box = qobject_cast<QCheckBox*>(&button);
+        if (state == -1 && box != nullptr && box->isTristate())
+            box->setCheckState(Qt::PartiallyChecked);
+        else
+            setChecked(button, state != 0);
+    });
+}
+
+int NSButton::state() const {
+    const auto* button = widgetFor<QAbstractButton>(peer());
+    const auto* box = qobject_cast<const QCheckBox*>(button);
+    if (box != nullptr && box->checkState() == Qt::PartiallyChecked)
+        return -1;
+    return button != nullptr && button->isChecked() ? 1 : 0;
+}
+
+void NSButton::setIntValue(int value) const {
+    setState(value);
+}
+
+void NSButton::setImage(const std::optional<NSImage>& image) const {
+    change<QAbstractButton>(peer(), [&](QAbstractButton& button) {
+        button.setIcon(image ? QIcon(platform::imagePath(image->name())) : QIcon());
+    });
+}
+
+void NSButton::setBordered(bool bordered) const {
+    change<QToolButton>(peer(), [&](QToolButton& button) { button.setAutoRaise(!bordered); });
+}
+
+void NSButton::setAllowsMixedState(bool allowed) const {
+    change<QCheckBox>(peer(), [&](QCheckBox& box) { box.setTristate(allowed); });
+}

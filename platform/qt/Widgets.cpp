@@ -1,0 +1,47 @@
+#include "platform/qt/Widgets.h"
+
+#include <QLineEdit>
+#include <QStyleOptionToolButton>
+
+namespace platform {
+
+ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
+    setEditable(true);
+    setInsertPolicy(NoInsert);
+    setCompleter(nullptr);
+    // Cameras of one kind share their name, and the toolkit must not pick one of them on Return.
+    setDuplicatesEnabled(true);
+    // Nor may it put an item that differs in case only in place of what the user typed.
+    disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
+}
+
+void ComboBox::append(const QString& item) {
+    const int selected = currentIndex();
+    const QString text = currentText();
+    addItem(item);
+    setCurrentIndex(selected);
+    showText(text);
+}
+
+void ComboBox::removeAt(int index) {
+    const bool wasSelected = index == currentIndex();
+    const QString text = currentText();
+    removeItem(index);
+    if (wasSelected)
+        setCurrentIndex(-1);
+    showText(text);
+}
+
+void ComboBox::showText(const QString& text) {
+    // Setting the same text again would move the cursor of a user who is typing.
+    if (currentText() != text)
+        setEditText(text);
+}
+
+void ImageToggle::initStyleOption(QStyleOptionToolButton* option) const {
+    QToolButton::initStyleOption(option);
+    if (autoRaise())
+        option->state &= ~QStyle::State_On;
+}
+
+}  // namespace platform
