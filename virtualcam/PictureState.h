@@ -15,7 +15,7 @@ struct PictureState {
     int autoWhiteBalance = 1;         ///< 1: the picture is neutral, 0: `whiteBalance` tints it
     int backlight = 0;                ///< 0 (off) to 4
     int gain = 6;                     ///< 0 to 15, step of about 1/6 stop
-    int powerLine = 1;                ///< 0 off, 1 for 50 Hz, 2 for 60 Hz
+    int powerLine = 2;                ///< 0 off, 1 for 50 Hz, 2 for 60 Hz
     int zoom = 0;                     ///< 0 (wide) to 100 (three times)
     int focus = 40;                   ///< lens position, 0 to 255
     int exposureTime = 167;           ///< units of 100 microseconds
