@@ -1,0 +1,30 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <memory>
+#include <string>
+
+namespace platform {
+
+/// Gives back what GStreamer counts references to.
+struct GstRelease {
+    void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
+    void operator()(GstSample* sample) const { gst_sample_unref(sample); }
+    void operator()(GstStructure* structure) const { gst_structure_free(structure); }
+    void operator()(GError* error) const { g_error_free(error); }
+    void operator()(gpointer object) const { gst_object_unref(object); }
+};
+
+using GstCapsPtr = std::unique_ptr<GstCaps, GstRelease>;
+using GstSamplePtr = std::unique_ptr<GstSample, GstRelease>;
+using GstStructurePtr = std::unique_ptr<GstStructure, GstRelease>;
+using GErrorPtr = std::unique_ptr<GError, GstRelease>;
+using GstElementPtr = std::unique_ptr<GstElement, GstRelease>;
+using GstBusPtr = std::unique_ptr<GstBus, GstRelease>;
+using GstPadPtr = std::unique_ptr<GstPad, GstRelease>;
+
+/// Loads GStreamer once for the process: empty, or why it can't be used. From any thread.
+std::string loadGStreamer();
+
+}  // namespace platform

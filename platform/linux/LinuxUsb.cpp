@@ -1,0 +1,134 @@
+#include "platform/linux/LinuxUsb.h"
+
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "platform/linux/ControlRequests.h"
+#include "platform/linux/NodeFacts.h"
+#include "platform/linux/Udev.h"
+#include "platform/linux/VideoNode.h"
+
+namespace platform {
+namespace {
+
+/// One stay of a device at its port: the kernel numbers each anew.
+struct Attachment {
+    std::string syspath;
+    std::string number;
+
+    /// Returns the device, or null when this stay has ended.
+    UdevDevicePtr device(udev* context) const {
+        auto found = udevDevice(context, syspath);
+        const bool same = found && udevAttribute(found.get(), "devnum") == number;
+        return same ? std::move(found) : nullptr;
+    }
+
+    IOReturn presence() const {
+        const UdevPtr context(udev_new());
+        return device(context.get()) ? kIOReturnSuccess : ENODEV;
+    }
+};
+
+class LinuxUsbInterface : public UsbInterface {
+  public:
+    LinuxUsbInterface(Attachment attachment, udev_device* interface)
+        : attachment_(std::move(attachment)),
+          syspath_(textOrEmpty(udev_device_get_syspath(interface))) {
+        const auto field = [&](const char* name, int base) {
+            return static_cast<std::uint8_t>(udevNumber(interface, name, base).value_or(0));
+        };
+        descriptor_ = {field("bInterfaceClass", 16), field("bInterfaceSubClass", 16),
+                       field("bInterfaceProtocol", 16), field("bAlternateSetting", 10)};
+    }
+
+    IOReturn createPlugIn() override { return attachment_.presence(); }
+    IOReturn queryInterface() override { return attachment_.presence(); }
+    Descriptor descriptor() const override { return descriptor_; }
+
+    /// Opens the first node that delivers video: the driver gives its controls to that one, and
+    /// none to the metadata node beside it.
+    IOReturn open() override {
+        const UdevPtr context(udev_new());
+        const auto present = attachment_.device(context.get());
+        const auto interface = present ? udevDevice(context.get(), syspath_) : nullptr;
+        if (!interface)
+            return ENODEV;
+        auto nodes = udevDevices(context.get(), "video4linux", interface.get());
+        sortByNumber(nodes);
+        IOReturn failure = ENODEV;
+        for (const UdevDevicePtr& node : nodes) {
+            const IOReturn status = node_.open(textOrEmpty(udev_device_get_devnode(node.get())));
+            std::string card;
+            if (status == kIOReturnSuccess && capturesVideo(node_, card))
+                return kIOReturnSuccess;
+            // Why a node can't be opened tells more than that no other one will do.
+            if (status != kIOReturnSuccess)
+                failure = status;
+        }
+        node_.close();
+        return failure;
+    }
+
+    IOReturn controlRequest(IOUSBDevRequest& request) override {
+        return node_.isOpen() ? performControlRequest(node_, request) : EBADF;
+    }
+
+    IOReturn close() override {
+        node_.close();
+        return kIOReturnSuccess;
+    }
+
+  private:
+    Attachment attachment_;
+    std::string syspath_;
+    Descriptor descriptor_;
+    VideoNode node_;
+};
+
+class LinuxUsbDevice : public UsbDevice {
+  public:
+    explicit LinuxUsbDevice(udev_device* device)
+        : attachment_{textOrEmpty(udev_device_get_syspath(device)),
+                      udevAttribute(device, "devnum")},
+          vendorID_(usbID(device, "idVendor")),
+          productID_(usbID(device, "idProduct")),
+          locationID_(usbLocation(textOrEmpty(udev_device_get_sysname(device))).id) {}
+
+    IOReturn createPlugIn() override { return attachment_.presence(); }
+    IOReturn queryInterface() override { return attachment_.presence(); }
+    std::uint16_t vendorID() const override { return vendorID_; }
+    std::uint16_t productID() const override { return productID_; }
+    std::uint32_t locationID() const override { return locationID_; }
+
+    IOReturn interfaces(std::vector<std::shared_ptr<UsbInterface>>& found) override {
+        const UdevPtr context(udev_new());
+        const auto device = attachment_.device(context.get());
+        if (!device)
+            return ENODEV;
+        for (const UdevDevicePtr& interface : usbInterfaces(context.get(), device.get()))
+            found.push_back(std::make_shared<LinuxUsbInterface>(attachment_, interface.get()));
+        return kIOReturnSuccess;
+    }
+
+  private:
+    Attachment attachment_;
+    std::uint16_t vendorID_;
+    std::uint16_t productID_;
+    std::uint32_t locationID_;
+};
+
+}  // namespace
+
+std::vector<std::shared_ptr<UsbDevice>> LinuxUsb::devices() {
+    std::vector<std::shared_ptr<UsbDevice>> found;
+    const UdevPtr context(udev_new());
+    if (!context)
+        return found;
+    for (const UdevDevicePtr& device : udevDevices(context.get(), "usb", nullptr))
+        if (isUsb(device.get(), "usb_device"))
+            found.push_back(std::make_shared<LinuxUsbDevice>(device.get()));
+    return found;
+}
+
+}  // namespace platform

@@ -1,0 +1,314 @@
+#include "platform/linux/PreviewPipeline.h"
+
+#include <fmt/format.h>
+#include <gst/app/gstappsink.h>
+#include <gst/video/video.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/PreviewMode.h"
+#include "platform/linux/VideoNode.h"
+
+namespace platform {
+namespace {
+
+/// A picture that is mapped for reading for as long as anyone shows it.
+class MappedSample {
+  public:
+    explicit MappedSample(GstSamplePtr sample) : sample_(std::move(sample)) {
+        GstVideoInfo info;
+        const GstCaps* caps = gst_sample_get_caps(sample_.get());
+        GstBuffer* buffer = gst_sample_get_buffer(sample_.get());
+        mapped_ = caps != nullptr && buffer != nullptr && gst_video_info_from_caps(&info, caps) &&
+                  gst_video_frame_map(&frame_, &info, buffer, GST_MAP_READ);
+    }
+    MappedSample(const MappedSample&) = delete;
+    MappedSample& operator=(const MappedSample&) = delete;
+    ~MappedSample() {
+        if (mapped_)
+            gst_video_frame_unmap(&frame_);
+    }
+
+    bool isMapped() const { return mapped_; }
+
+    /// Describes the picture, without its owner.
+    VideoFrame picture() const {
+        VideoFrame picture;
+        picture.width = GST_VIDEO_FRAME_WIDTH(&frame_);
+        picture.height = GST_VIDEO_FRAME_HEIGHT(&frame_);
+        picture.bytesPerLine = GST_VIDEO_FRAME_PLANE_STRIDE(&frame_, 0);
+        picture.pixels = static_cast<const std::byte*>(GST_VIDEO_FRAME_PLANE_DATA(&frame_, 0));
+        return picture;
+    }
+
+  private:
+    GstSamplePtr sample_;
+    GstVideoFrame frame_{};
+    bool mapped_ = false;
+};
+
+/// Hands the picture that waits in the sink on; one that arrived damaged is left out.
+GstFlowReturn takeSample(GstAppSink* from, gpointer videoSink) {
+    GstSamplePtr sample(gst_app_sink_pull_sample(from));
+    if (!sample)
+        return GST_FLOW_OK;
+    const GstBuffer* buffer = gst_sample_get_buffer(sample.get());
+    if (buffer == nullptr || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED))
+        return GST_FLOW_OK;
+    const auto mapped = std::make_shared<MappedSample>(std::move(sample));
+    if (mapped->isMapped()) {
+        VideoFrame picture = mapped->picture();
+        picture.owner = mapped;
+        static_cast<VideoSink*>(videoSink)->frame(std::move(picture));
+    }
+    return GST_FLOW_OK;
+}
+
+/// Where the preview's thread waits until it is told to stop or something goes wrong.
+class Outcome {
+  public:
+    void stop() {
+        const std::lock_guard lock(mutex_);
+        stopped_ = true;
+        changed_.notify_all();
+    }
+
+    /// Keeps the first failure: those that follow are its consequences.
+    void fail(std::string reason) {
+        const std::lock_guard lock(mutex_);
+        if (failure_.empty())
+            failure_ = std::move(reason);
+        changed_.notify_all();
+    }
+
+    void wait() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return stopped_ || !failure_.empty(); });
+    }
+
+    bool stopped() const {
+        const std::lock_guard lock(mutex_);
+        return stopped_;
+    }
+
+    std::string failure() const {
+        const std::lock_guard lock(mutex_);
+        return failure_;
+    }
+
+  private:
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    bool stopped_ = false;
+    std::string failure_;
+};
+
+/// Takes each message of the pipeline where it arises, so that none pile up.
+GstBusSyncReply takeMessage(GstBus* /*bus*/, GstMessage* message, gpointer outcome) {
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+        GError* error = nullptr;
+        gst_message_parse_error(message, &error, nullptr);
+        const GErrorPtr owned(error);
+        static_cast<Outcome*>(outcome)->fail(
+            fmt::format("The preview has stopped: {}", error->message));
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS) {
+        static_cast<Outcome*>(outcome)->fail("The camera sends no more pictures.");
+    }
+    gst_message_unref(message);
+    return GST_BUS_DROP;
+}
+
+void setIfPresent(GstElement* element, const char* property, int value) {
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), property) != nullptr)
+        g_object_set(element, property, value, nullptr);
+}
+
+/// The elements of one preview; taken down with the object, after which no frame comes.
+class Pipeline {
+  public:
+    Pipeline(Outcome& outcome, VideoSink& sink)
+        : outcome_(outcome), sink_(sink), pipeline_(gst_pipeline_new(nullptr)) {
+        const GstBusPtr bus(gst_element_get_bus(pipeline_.get()));
+        gst_bus_set_sync_handler(bus.get(), takeMessage, &outcome, nullptr);
+    }
+    Pipeline(const Pipeline&) = delete;
+    Pipeline& operator=(const Pipeline&) = delete;
+    ~Pipeline() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
+
+    /// Runs from the source to the sink; what goes wrong is told to the outcome.
+    void start(const PreviewOrigin& origin, const VideoLimits& limits) {
+        last_ = add(origin.makeElement(), "the video source");
+        if (last_ == nullptr || !enter(GST_STATE_READY))
+            return;
+        const PreviewMode mode = chooseMode(limits);
+        if (mode.kind == nullptr) {
+            outcome_.fail("The camera has no picture format that can be shown.");
+            return;
+        }
+        if (!outcome_.stopped() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
+            append("videoscale") && append("videoconvert") && appendSink(limits))
+            enter(GST_STATE_PLAYING);
+    }
+
+  private:
+    /// Takes over the new element; `name` is for the person who lacks it.
+    GstElement* add(GstElement* element, const char* name) {
+        if (element == nullptr) {
+            outcome_.fail(fmt::format("GStreamer lacks {}.", name));
+            return nullptr;
+        }
+        gst_bin_add(GST_BIN(pipeline_.get()), element);
+        return element;
+    }
+
+    GstElement* append(const char* factory) {
+        return append(gst_element_factory_make(factory, nullptr), factory);
+    }
+
+    GstElement* append(GstElement* element, const char* name) {
+        if (add(element, name) == nullptr)
+            return nullptr;
+        if (!gst_element_link(last_, element)) {
+            outcome_.fail(fmt::format("The camera's pictures don't fit {}.", name));
+            return nullptr;
+        }
+        return last_ = element;
+    }
+
+    PreviewMode chooseMode(const VideoLimits& limits) {
+        const GstPadPtr pad(gst_element_get_static_pad(last_, "src"));
+        const GstCapsPtr offered(gst_pad_query_caps(pad.get(), nullptr));
+        return choosePreviewMode(offered.get(), limits);
+    }
+
+    bool appendFilter(GstCaps* caps) {
+        GstElement* filter = append("capsfilter");
+        if (filter != nullptr)
+            g_object_set(filter, "caps", caps, nullptr);
+        return filter != nullptr;
+    }
+
+    /// A decoder goes on after any number of broken pictures, and holds none back.
+    bool appendDecoder(const StreamKind& kind) {
+        if (kind.decoders.front() == nullptr)
+            return true;
+        GstElement* decoder = nullptr;
+        for (const char* factory : kind.decoders)
+            if (decoder == nullptr)
+                decoder = gst_element_factory_make(factory, nullptr);
+        if (decoder != nullptr) {
+            setIfPresent(decoder, "max-errors", -1);
+            setIfPresent(decoder, "max-threads", 1);
+        }
+        return append(decoder, fmt::format("a decoder for {}", kind.mediaType).c_str()) != nullptr;
+    }
+
+    bool appendSink(const VideoLimits& limits) {
+        const GstCapsPtr shown(gst_caps_new_simple(
+            "video/x-raw", "format", G_TYPE_STRING, "BGRx", "pixel-aspect-ratio", GST_TYPE_FRACTION,
+            1, 1, "width", GST_TYPE_INT_RANGE, 1, limits.width, "height", GST_TYPE_INT_RANGE, 1,
+            limits.height, nullptr));
+        GstElement* sink = append("appsink");
+        if (sink == nullptr)
+            return false;
+        // The latest picture counts, as soon as it is there.
+        g_object_set(sink, "caps", shown.get(), "max-buffers", 1U, "drop", TRUE, "sync", FALSE,
+                     "enable-last-sample", FALSE, nullptr);
+        GstAppSinkCallbacks callbacks{};
+        callbacks.new_sample = takeSample;
+        gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &sink_, nullptr);
+        return true;
+    }
+
+    bool enter(GstState state) {
+        const bool entered =
+            gst_element_set_state(pipeline_.get(), state) != GST_STATE_CHANGE_FAILURE;
+        // Most elements have told the reason by now, and the first one told stays.
+        if (!entered)
+            outcome_.fail("The preview can't be started.");
+        return entered;
+    }
+
+    Outcome& outcome_;
+    VideoSink& sink_;
+    GstElementPtr pipeline_;
+    GstElement* last_ = nullptr;  // the end of what is linked; owned by the pipeline
+};
+
+/// Runs one preview from start to stop.
+class Preview : public VideoSource {
+  public:
+    explicit Preview(PreviewOrigin origin) : origin_(std::move(origin)) {}
+    Preview(const Preview&) = delete;
+    Preview& operator=(const Preview&) = delete;
+    ~Preview() override { halt(); }
+
+    void start(const VideoLimits& limits, VideoSink& sink) override {
+        halt();
+        outcome_ = std::make_unique<Outcome>();
+        thread_ = std::thread([this, limits, &sink] { run(limits, sink); });
+    }
+
+    void stop() override { halt(); }
+
+  private:
+    void run(const VideoLimits& limits, VideoSink& sink) {
+        if (std::string failure = loadGStreamer(); !failure.empty()) {
+            outcome_->fail(std::move(failure));
+        } else {
+            Pipeline pipeline(*outcome_, sink);
+            pipeline.start(origin_, limits);
+            outcome_->wait();
+        }
+        if (outcome_->stopped())
+            return;
+        std::string known = origin_.whyNotUsable();
+        sink.failed(known.empty() ? outcome_->failure() : std::move(known));
+    }
+
+    void halt() {
+        if (!thread_.joinable())
+            return;
+        outcome_->stop();
+        thread_.join();
+    }
+
+    PreviewOrigin origin_;
+    std::unique_ptr<Outcome> outcome_;
+    std::thread thread_;
+};
+
+}  // namespace
+
+std::string loadGStreamer() {
+    static const std::string failure = [] {
+        // The program's signal handlers are its own.
+        gst_segtrap_set_enabled(FALSE);
+        GError* error = nullptr;
+        if (gst_init_check(nullptr, nullptr, &error))
+            return std::string();
+        const GErrorPtr owned(error);
+        return fmt::format("GStreamer can't be loaded: {}",
+                           error == nullptr ? "no reason given" : error->message);
+    }();
+    return failure;
+}
+
+std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin) {
+    return std::make_unique<Preview>(std::move(origin));
+}
+
+std::unique_ptr<VideoSource> openPreview(const std::string& path) {
+    const auto makeElement = [path] {
+        GstElement* source = gst_element_factory_make("v4l2src", nullptr);
+        if (source != nullptr)
+            g_object_set(source, "device", path.c_str(), nullptr);
+        return source;
+    };
+    return makePreview({makeElement, [path] { return whyNotUsable(path); }});
+}
+
+}  // namespace platform
