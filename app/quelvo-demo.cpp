@@ -7,7 +7,7 @@
 
 int main(int argc, char** argv) {
     platform::SystemLog log;
-    const auto bus = virtualcam::makeDemoBus();
-    platform::installBackends({bus.get(), bus.get(), &log});
+    virtualcam::DemoBus bus;
+    platform::installBackends({&bus.usb(), &bus.capture(), &log});
     return runQuelvo(argc, argv);
 }

@@ -1,0 +1,83 @@
+#include "tests/support/CameraBench.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "camera/CameraFunctions.h"
+#include "camera/UVCCameraControl.h"
+#include "platform/backend/Backends.h"
+
+namespace {
+
+constexpr std::uint8_t hostToInterface = 0x21;
+
+std::string wireText(const virtualcam::RequestRecord& record) {
+    return fmt::format("{:02x} {:02x} {:04x} {:04x} {}{}{:02x}{}", record.bmRequestType,
+                       record.bRequest, record.wValue, record.wIndex, record.wLength,
+                       record.data.empty() ? "" : " | ", fmt::join(record.data, " "),
+                       record.result == 0 ? "" : " !");
+}
+
+}  // namespace
+
+CameraBench::CameraBench(virtualcam::CameraModel model)
+    : camera_(std::make_shared<virtualcam::VirtualCamera>(std::move(model))) {
+    platform::installBackends({&bus_.usb(), &bus_.capture(), &log_});
+    bus_.plug(camera_);
+}
+
+CameraBench::~CameraBench() {
+    g_uvcCamera.reset();
+    g_dataBuffer = nullptr;
+    g_length = 0;
+    platform::installBackends({});
+}
+
+std::shared_ptr<virtualcam::VirtualCamera> CameraBench::plugAnother(const std::string& name) {
+    virtualcam::CameraModel model = camera_->model();
+    model.name = name;
+    model.locationID += 0x00010000;
+    model.productID = static_cast<std::uint16_t>(model.productID + 1);
+    auto another = std::make_shared<virtualcam::VirtualCamera>(std::move(model));
+    bus_.plug(another);
+    return another;
+}
+
+std::string CameraBench::uniqueID() const {
+    return virtualcam::uniqueIDOf(camera_->model());
+}
+
+void CameraBench::open() {
+    ASSERT_EQ(OpenCameraByUniqueID(uniqueID()), 0);
+    log_.take();
+    camera_->clearRequests();
+}
+
+void CameraBench::set(virtualcam::ControlId control, std::vector<std::uint8_t> value) {
+    IOUSBDevRequest request{hostToInterface,
+                            virtualcam::SET_CUR,
+                            static_cast<std::uint16_t>(control.selector << 8U),
+                            static_cast<std::uint16_t>(control.unit << 8U),
+                            static_cast<std::uint16_t>(value.size()),
+                            value.data(),
+                            0};
+    ASSERT_EQ(camera_->controlRequest(request), 0);
+    camera_->clearRequests();
+}
+
+std::vector<std::string> CameraBench::requests() {
+    std::vector<std::string> texts;
+    for (const auto& record : camera_->requests())
+        texts.push_back(wireText(record));
+    camera_->clearRequests();
+    return texts;
+}
+
+std::vector<std::string> CameraBench::writes() {
+    std::vector<std::string> texts = requests();
+    std::erase_if(texts, [](const std::string& text) { return !text.starts_with("21 "); });
+    return texts;
+}

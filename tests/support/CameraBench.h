@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/TestLog.h"
+#include "virtualcam/DemoBus.h"
+
+/// A sane camera on a bus of its own, with the log recorded: what a test starts from before it
+/// breaks one thing. Puts the process-wide state back at its end.
+class CameraBench {
+  public:
+    /// Starts with `camera` plugged in.
+    explicit CameraBench(virtualcam::CameraModel model = virtualcam::studioCamera());
+    CameraBench(const CameraBench&) = delete;
+    CameraBench& operator=(const CameraBench&) = delete;
+    ~CameraBench();
+
+    virtualcam::VirtualBus& bus() { return bus_; }
+    virtualcam::VirtualCamera& camera() { return *camera_; }
+    const std::shared_ptr<virtualcam::VirtualCamera>& cameraReference() const { return camera_; }
+    TestLog& log() { return log_; }
+
+    /// Plugs in one more camera like the first, at another port.
+    std::shared_ptr<virtualcam::VirtualCamera> plugAnother(const std::string& name);
+
+    /// The camera's unique identifier.
+    std::string uniqueID() const;
+
+    /// Opens the camera's control channel and forgets the log and the requests until now.
+    void open();
+
+    /// Sets a control of the camera past the application, as the camera itself would.
+    void set(virtualcam::ControlId control, std::vector<std::uint8_t> value);
+
+    /// Returns the requests that reached the camera since the last call, each as its setup bytes
+    /// and data: "21 01 0200 0300 2 | 64 00", and " !" behind a refused one.
+    std::vector<std::string> requests();
+
+    /// Returns only the writes among them.
+    std::vector<std::string> writes();
+
+  private:
+    TestLog log_;
+    virtualcam::VirtualBus bus_;
+    std::shared_ptr<virtualcam::VirtualCamera> camera_;
+};
