@@ -55,7 +55,7 @@ double tone(double light, const PictureState& state, const Style& style) {
     y = std::pow(y, 1 / (1 + lift));
     // Compression raises the shadows and holds the lights down; the middle stays.
     const double range = state.dynamicRange / 8.0;
-    y += 1.9 * range * (std::pow(1 - y, 3) * y - std::pow(y, 3) * (1 - y));
+    y += range * (1.5 * std::pow(1 - y, 3) * y - 0.8 * std::pow(y, 3) * (1 - y));
     y = 0.5 + (y - 0.5) * style.contrast * (1 + 0.07 * (state.contrast - 7));
     y += 0.04 * (state.brightness - 7);
     return std::clamp(y, 0.0, 1.0);

@@ -58,7 +58,9 @@ void paintRidge(Image& image, const Ridge& ridge) {
         image, {0, ridge.base - ridge.height - 2, kWidth, kHeight},
         [&](Point p) { return ridge.at(p.x) - p.y; },
         [&](Point p) {
-            const double furrow = 0.03 * std::sin(p.x * 0.11 + p.y * 0.23) * std::sin(p.y * 0.31);
+            const double near = (ridge.base - 430) / 160;  // the far hills lie in haze
+            const double furrow =
+                0.03 * near * std::sin(p.x * 0.11 + p.y * 0.23) * std::sin(p.y * 0.31);
             Colour green = between(ridge.top, ridge.bottom, (p.y - ridge.at(p.x)) / 190);
             green.red += furrow;
             green.green += furrow;
@@ -119,6 +121,41 @@ void paintHouse(Image& image, Point corner) {
         fillBox(image, box(left + 3, 25, left + 23, 47), {0.42, 0.62, 0.78, 1});
         drawLine(image, at(left + 13, 24), at(left + 13, 48), 2, {0.98, 0.98, 0.96, 1});
     }
+}
+
+/// A castle where the camera looks, fine enough to be worth zooming in.
+void paintCastle(Image& image, Point foot) {
+    const Colour stone{0.78, 0.72, 0.66, 1};
+    const Colour shade{0.58, 0.53, 0.52, 1};
+    const Colour slate{0.34, 0.26, 0.38, 1};
+    const auto tower = [&](double x, double width, double height, bool pointed) {
+        const Box box{foot.x + x - width / 2, foot.y - height, foot.x + x + width / 2, foot.y};
+        fill(
+            image, box, [&](Point p) { return rectangle(p, box); },
+            [&](Point p) { return between(stone, shade, (p.x - box.left) / width); });
+        for (double y = box.top + 6; y < foot.y - 8; y += 10)
+            fillBox(image, {foot.x + x - 1, y, foot.x + x + 1, y + 4}, kInk);
+        if (!pointed) {
+            for (double left = box.left; left < box.right; left += 4)
+                fillBox(image, {left, box.top - 3, left + 2, box.top}, shade);
+            return;
+        }
+        const double top = box.top - 1.5 * width;
+        fill(
+            image, {box.left - 2, top, box.right + 2, box.top},
+            [&](Point p) {
+                return std::max(std::abs(p.x - foot.x - x) - (p.y - top) / 2.6, p.y - box.top);
+            },
+            slate);
+        drawLine(image, {foot.x + x, top}, {foot.x + x, top - 9}, 1, kInk);
+        fillBox(image, {foot.x + x, top - 9, foot.x + x + 8, top - 5}, {0.86, 0.16, 0.18, 1});
+    };
+    tower(0, 74, 22, false);
+    tower(-36, 13, 36, true);
+    tower(36, 13, 36, true);
+    tower(4, 16, 54, true);
+    tower(-16, 12, 34, false);
+    fillEllipse(image, {foot.x - 4, foot.y}, 5, 9, kInk);
 }
 
 void paintMeadow(Image& image) {
@@ -258,7 +295,8 @@ void paintPortrait(Image& image) {
     fill(
         image, {c.x - 104, c.y + 78, c.x + 104, kHeight},
         [&](Point p) {
-            return std::max(ellipse(p, {c.x, c.y + 170}, 100, 94), p.y - (c.y + 260));
+            const bool shoulders = p.y < c.y + 170;
+            return shoulders ? ellipse(p, {c.x, c.y + 170}, 100, 94) : std::abs(p.x - c.x) - 100;
         },
         [&](Point p) {
             const bool stripe = std::fmod(p.y, 16) < 6;
@@ -280,8 +318,11 @@ void paintPortrait(Image& image) {
 Image paintLandscape() {
     Image image(kWidth, kHeight);
     paintSky(image);
-    for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i) {
         paintRidge(image, kRidges[i]);
+        if (i == 0)
+            paintCastle(image, {640, 508});
+    }
     paintFirs(image);
     paintHouse(image, {1040, 505});
     paintRidge(image, kRidges[3]);
