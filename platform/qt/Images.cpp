@@ -1,16 +1,23 @@
 #include "platform/qt/Images.h"
 
-#include <QFile>
+#include <QFileInfo>
+#include <QString>
 
 #include "platform/NSImage.h"
 #include "platform/qt/WidgetPeer.h"
 
-QString platform::imagePath(std::string_view name) {
-    return QStringLiteral(":/") + fromUtf8(name);
+QIcon platform::loadImage(std::string_view name) {
+    const QFileInfo file(QStringLiteral(":/") + fromUtf8(name));
+    if (!file.isFile())
+        return {};
+    QIcon icon(file.filePath());
+    // The toolkit looks for this one only while a dense screen is attached.
+    icon.addFile(QStringLiteral(":/%1@2x.%2").arg(file.completeBaseName(), file.suffix()));
+    return icon;
 }
 
 std::optional<NSImage> NSImage::imageNamed(std::string_view name) {
-    if (!QFile::exists(platform::imagePath(name)))
+    if (platform::loadImage(name).isNull())
         return std::nullopt;
     return NSImage(name);
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <QString>
+#include <QIcon>
 #include <string_view>
 
 namespace platform {
 
-/// Returns where the application's resources hold the image called `name`.
-QString imagePath(std::string_view name);
+/// Returns the application's image called `name`, with the rendering for screens of twice the
+/// density; a null icon when there is no such image.
+QIcon loadImage(std::string_view name);
 
 }  // namespace platform

@@ -1,6 +1,5 @@
 #include <QAbstractButton>
 #include <QCheckBox>
-#include <QIcon>
 #include <QToolButton>
 
 #include "platform/NSView.h"
@@ -46,7 +45,7 @@ void NSButton::setIntValue(int value) const {
 
 void NSButton::setImage(const std::optional<NSImage>& image) const {
     change<QAbstractButton>(peer(), [&](QAbstractButton& button) {
-        button.setIcon(image ? QIcon(platform::imagePath(image->name())) : QIcon());
+        button.setIcon(image ? platform::loadImage(image->name()) : QIcon());
     });
 }
 
