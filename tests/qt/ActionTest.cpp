@@ -22,7 +22,8 @@ class ActionTest : public WindowTest {
         const QPointF center = widget.rect().center();
         QWheelEvent event(center, widget.mapToGlobal(center), {}, {0, 120 * notches}, Qt::NoButton,
                           Qt::NoModifier, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(&widget, &event);
+        QSpontaneKeyEvent::setSpontaneous(&event);  // only the system's events go on to parents
+        QCoreApplication::instance()->notify(&widget, &event);
     }
 
     static void setByAssistance(QWidget& widget, int value) {
