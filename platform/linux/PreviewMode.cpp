@@ -18,9 +18,9 @@ constexpr int usableRate = 10;
 
 // The least work first.
 constexpr StreamKind kinds[] = {
-    {"video/x-raw", {}},
-    {"image/jpeg", {"jpegdec", "avdec_mjpeg"}},
-    {"video/x-h264", {"avdec_h264", "openh264dec"}},
+    {"video/x-raw", {}, true},
+    {"image/jpeg", {"jpegdec", "avdec_mjpeg"}, true},
+    {"video/x-h264", {"avdec_h264", "openh264dec"}, false},
 };
 
 /// How well a mode serves; the fields in the order in which they count.
@@ -32,7 +32,8 @@ struct Merit {
     std::ptrdiff_t ease = 0;
     double rate = 0;
 
-    auto operator<=>(const Merit&) const = default;
+    // The check takes the compiler's own 0 in the comparison for ours.
+    auto operator<=>(const Merit&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// Whether videoconvert can read the pictures.
@@ -54,9 +55,13 @@ const StreamKind* kindOf(const GstStructure* structure) {
 
 /// Settles on one size, rate and format where `structure` leaves a choice.
 void settle(GstStructure* structure, const VideoLimits& limits) {
-    gst_structure_fixate_field_nearest_int(structure, "width", limits.width);
-    gst_structure_fixate_field_nearest_int(structure, "height", limits.height);
-    gst_structure_fixate_field_nearest_fraction(structure, "framerate", wantedRate, 1);
+    const std::pair<const char*, int> sizes[] = {{"width", limits.width},
+                                                 {"height", limits.height}};
+    for (const auto& [field, wanted] : sizes)
+        if (gst_structure_has_field(structure, field))
+            gst_structure_fixate_field_nearest_int(structure, field, wanted);
+    if (gst_structure_has_field(structure, "framerate"))
+        gst_structure_fixate_field_nearest_fraction(structure, "framerate", wantedRate, 1);
     if (gst_structure_has_field(structure, "format"))
         gst_structure_fixate_field(structure, "format");
 }

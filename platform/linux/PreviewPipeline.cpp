@@ -50,7 +50,14 @@ class MappedSample {
     bool mapped_ = false;
 };
 
-/// Hands the picture that waits in the sink on; one that arrived damaged is left out.
+/// Leaves a picture out that arrived damaged: not every decoder hands the mark on.
+GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /*unused*/) {
+    return GST_BUFFER_FLAG_IS_SET(GST_PAD_PROBE_INFO_BUFFER(info), GST_BUFFER_FLAG_CORRUPTED)
+               ? GST_PAD_PROBE_DROP
+               : GST_PAD_PROBE_OK;
+}
+
+/// Hands the picture that waits in the sink on, unless a decoder made it of damaged data.
 GstFlowReturn takeSample(GstAppSink* from, gpointer videoSink) {
     GstSamplePtr sample(gst_app_sink_pull_sample(from));
     if (!sample)
@@ -143,11 +150,15 @@ class Pipeline {
         last_ = add(origin.makeElement(), "the video source");
         if (last_ == nullptr || !enter(GST_STATE_READY))
             return;
-        const PreviewMode mode = chooseMode(limits);
+        const GstPadPtr pad(gst_element_get_static_pad(last_, "src"));
+        const GstCapsPtr offered(gst_pad_query_caps(pad.get(), nullptr));
+        const PreviewMode mode = choosePreviewMode(offered.get(), limits);
         if (mode.kind == nullptr) {
             outcome_.fail("The camera has no picture format that can be shown.");
             return;
         }
+        if (mode.kind->picturesStandAlone)
+            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, nullptr, nullptr);
         if (!outcome_.stopped() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
             append("videoscale") && append("videoconvert") && appendSink(limits))
             enter(GST_STATE_PLAYING);
@@ -176,12 +187,6 @@ class Pipeline {
             return nullptr;
         }
         return last_ = element;
-    }
-
-    PreviewMode chooseMode(const VideoLimits& limits) {
-        const GstPadPtr pad(gst_element_get_static_pad(last_, "src"));
-        const GstCapsPtr offered(gst_pad_query_caps(pad.get(), nullptr));
-        return choosePreviewMode(offered.get(), limits);
     }
 
     bool appendFilter(GstCaps* caps) {
