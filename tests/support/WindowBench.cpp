@@ -1,0 +1,70 @@
+#include "tests/support/WindowBench.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include "devices/CameraList.h"
+#include "platform/AVCaptureDevice.h"
+#include "platform/AVCaptureSession.h"
+
+WindowBench::WindowBench(virtualcam::CameraModel model, bool startNow)
+    : CameraBench(std::move(model)),
+      controller_(std::make_unique<ViewController>()),
+      window_(platform::InterfaceWindow::load(*controller_)) {
+    if (!window_)
+        throw std::runtime_error("the interface file does not load");
+    if (startNow)
+        start();
+}
+
+WindowBench::~WindowBench() {
+    platform::stopDeviceNotifications();
+    window_.reset();
+    controller_.reset();
+    g_captureSession.reset();
+    g_deviceList.clear();
+}
+
+void WindowBench::start() {
+    platform::startDeviceNotifications();
+    controller_->viewDidLoad();
+    window().show();
+}
+
+void WindowBench::pressOpen() {
+    buttonSending("OnBtnOpenCamera:").click();
+    log().take();
+    requests();
+}
+
+QAbstractButton& WindowBench::buttonSending(const char* action) {
+    for (auto* candidate : window().findChildren<QAbstractButton*>())
+        if (candidate->property("action").toString() == QLatin1String(action))
+            return *candidate;
+    throw std::runtime_error(std::string("no button sends ") + action);
+}
+
+std::string WindowBench::shown(const char* name) {
+    auto* widget = find<QWidget>(name);
+    if (const auto* slider = qobject_cast<QSlider*>(widget))
+        return std::to_string(slider->value());
+    if (const auto* list = qobject_cast<QComboBox*>(widget))
+        return list->currentText().toStdString();
+    if (const auto* label = qobject_cast<QLabel*>(widget))
+        return label->text().toStdString();
+    if (const auto* button = qobject_cast<QAbstractButton*>(widget))
+        return button->isChecked() ? "on" : "off";
+    throw std::runtime_error(std::string("shows nothing: ") + name);
+}
+
+bool WindowBench::waitUntil(const std::function<bool()>& condition) {
+    bool late = false;
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    QObject::connect(&deadline, &QTimer::timeout, [&late] { late = true; });
+    deadline.start(10'000);
+    while (!condition() && !late)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return condition();
+}
