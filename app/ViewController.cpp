@@ -7,16 +7,40 @@
 
 namespace {
 
+#define ACTION(name) IBAction<&ViewController::name>(#name ":"),
+#define VALUE_ACTIONS(row, selector, slider, sliderAction, list, listAction, ...) \
+    ACTION(sliderAction) ACTION(listAction)
+#define SWITCH_ACTION(row, selector, button, action, ...) ACTION(action)
+#define STYLE_ACTION(number, button, action) ACTION(action)
+#define SLIDER_ACTION(row, action, ...) ACTION(action)
+// clang-format off
 constexpr std::array actionTable{
-    IBAction<&ViewController::OnCbxDeviceChanged>("OnCbxDeviceChanged:"),
-    IBAction<&ViewController::OnBtnOpenCamera>("OnBtnOpenCamera:"),
+    ACTION(OnCbxDeviceChanged)
+    ACTION(OnBtnOpenCamera)
+    ENUMERATE_VENDOR_VALUES(VALUE_ACTIONS)
+    ENUMERATE_VENDOR_SWITCHES(SWITCH_ACTION)
+    ENUMERATE_PICTURE_STYLES(STYLE_ACTION)
+    ACTION(OnBtnRestore)
+    ENUMERATE_STANDARD_SLIDERS(SLIDER_ACTION)
+    ACTION(OnBtnAutoWB)
+    ACTION(OnBtnAutoFocus)
+    ACTION(OnBtnAutoExposure)
+    ACTION(OnBtnUvcDefault)
+    ACTION(OnAntiFlicker60HZ)
+    ACTION(OnAntiFlicker50HZ)
 };
+// clang-format on
+#undef SLIDER_ACTION
+#undef STYLE_ACTION
+#undef SWITCH_ACTION
+#undef VALUE_ACTIONS
+#undef ACTION
 
-void showTogglesOff(ViewController& controller) {
-    for (const auto* toggle :
+void showSwitchesOff(ViewController& controller) {
+    for (const auto* control :
          {&vendor::compensationSwitch, &vendor::h264Switch, &vendor::audioSwitch,
           &vendor::horizontalFlip, &vendor::verticalFlip}) {
-        const NSButton& button = controller.*toggle->button;
+        const NSButton& button = controller.*control->button;
         button.setImage(NSImage::imageNamed("button_off.png"));
         button.setBordered(false);
     }
@@ -42,7 +66,7 @@ void fillLists(ViewController& controller) {
 
 void ViewController::viewDidLoad() {
     NSViewController::viewDidLoad();
-    showTogglesOff(*this);
+    showSwitchesOff(*this);
     emptyLists(*this);
     fillLists(*this);
     RegisterHidEvent();

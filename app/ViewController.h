@@ -5,6 +5,8 @@
 #include <memory>
 #include <span>
 
+#include "pages/uvc/StandardSliders.h"
+#include "pages/vendor/VendorControls.h"
 #include "platform/NSNotificationCenter.h"
 #include "platform/NSViewController.h"
 
@@ -31,6 +33,20 @@ class ViewController : public NSViewController {
     void ChangeCtrlRange(std::int32_t list, std::int32_t min);
     /// Switches all seven style buttons off.
     void DisCheckAllStyle();
+    /// Restores the vendor defaults, once confirmed, and loads both pages again.
+    void OnBtnRestore(const NSButton& sender);
+    // An action for each slider and each list, each switch and each style.
+#define DECLARE_VALUE(row, selector, slider, sliderAction, list, listAction, ...) \
+    void sliderAction(const NSSlider& sender);                                    \
+    void listAction(const NSPopUpButton& sender);
+    ENUMERATE_VENDOR_VALUES(DECLARE_VALUE)
+#undef DECLARE_VALUE
+#define DECLARE_SWITCH(row, selector, button, action, ...) void action(const NSButton& sender);
+    ENUMERATE_VENDOR_SWITCHES(DECLARE_SWITCH)
+#undef DECLARE_SWITCH
+#define DECLARE_STYLE(number, button, action) void action(const NSButton& sender);
+    ENUMERATE_PICTURE_STYLES(DECLARE_STYLE)
+#undef DECLARE_STYLE
 
     // pages/uvc/: the standard UVC controls.
 
@@ -38,6 +54,17 @@ class ViewController : public NSViewController {
     void ReadConfig_UVC();
     /// Shows `uvcCfg`, then reads and shows the camera terminal's controls.
     void InitUVCPage();
+    // An action for each slider.
+#define DECLARE_SLIDER(row, action, ...) void action(const NSSlider& sender);
+    ENUMERATE_STANDARD_SLIDERS(DECLARE_SLIDER)
+#undef DECLARE_SLIDER
+    void OnBtnAutoWB(const NSButton& sender);
+    void OnBtnAutoFocus(const NSButton& sender);
+    void OnBtnAutoExposure(const NSButton& sender);
+    /// Gives every standard control that no automatic mode holds its default.
+    void OnBtnUvcDefault(const NSButton& sender);
+    void OnAntiFlicker60HZ(const NSButton& sender);
+    void OnAntiFlicker50HZ(const NSButton& sender);
 
   private:
     /// The processing unit's values as the camera gave them last: little-endian 16-bit slots.

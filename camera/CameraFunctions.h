@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 /// Returns the value of hexadecimal digits, of which more than eight keep the last eight. Digits
@@ -21,3 +22,7 @@ inline constexpr std::int32_t captureWrite = 1;
 /// the `length` bytes there. Returns 0 done, 1 failed or no camera open.
 std::int64_t Capture_Transfer(std::uint32_t selector, std::int32_t direction, void* buffer,
                               std::uint32_t length, std::uint32_t unitKind);
+
+/// Writes `value`, little-endian and as long as the control, to the open camera; without one does
+/// nothing. A camera that refuses is logged and otherwise not looked at.
+void sendValue(std::int32_t unitKind, std::int32_t selector, std::span<const std::uint8_t> value);

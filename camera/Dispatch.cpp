@@ -52,3 +52,10 @@ std::int64_t Capture_Transfer(std::uint32_t selector, std::int32_t direction, vo
     NSLog("g_length2:%d", g_length);
     return status;
 }
+
+void sendValue(std::int32_t unitKind, std::int32_t selector, std::span<const std::uint8_t> value) {
+    if (!g_uvcCamera)
+        return;
+    g_length = static_cast<std::int32_t>(value.size());
+    g_uvcCamera->Capture_SetValue(unitKind, selector, value.data());
+}

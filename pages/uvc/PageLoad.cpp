@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <span>
-#include <string>
 
 #include "app/ViewController.h"
 #include "camera/ByteOrder.h"
@@ -147,11 +146,6 @@ void loadPanTilt(ViewController& controller, SharedBuffer& buffer, bool availabl
 }
 
 }  // namespace
-
-void standard::showNumber(ViewController& controller, const SliderControl& control,
-                          std::int32_t number) {
-    (controller.*control.text).setStringValue(std::to_string(number));
-}
 
 void ViewController::ReadConfig_UVC() {
     SharedBuffer buffer;

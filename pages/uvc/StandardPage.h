@@ -1,12 +1,11 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
-#include <optional>
 
 #include "app/ViewController.h"
 #include "camera/ControlTable.h"
+#include "pages/uvc/StandardSliders.h"
 
 /// The rows of the standard page: what its sliders differ in.
 namespace standard {
@@ -18,44 +17,37 @@ struct SliderControl {
     UnitKind unit;
     std::int32_t selector;
     std::int32_t size;  ///< bytes of the control's value
+    /// Turns the slider's number into the camera's value, of which `size` bytes are sent.
+    std::uint64_t (*encode)(const ViewController& controller, std::int32_t number);
+    std::int32_t defaultNumber;  ///< the slider's number after a reset
+    /// While this button is on, the camera holds the control and a reset leaves it; null for none.
+    IBOutlet<NSButton> ViewController::*automaticMode;
 };
 
-inline constexpr SliderControl brightness{&ViewController::m_sliderBright,
-                                          &ViewController::m_textBright, UNIT_PU,
-                                          PU_BRIGHTNESS_CONTROL, 2};
-inline constexpr SliderControl contrast{&ViewController::m_sliderContrast,
-                                        &ViewController::m_textContrast, UNIT_PU,
-                                        PU_CONTRAST_CONTROL, 2};
-inline constexpr SliderControl hue{&ViewController::m_sliderHue, &ViewController::m_textHue,
-                                   UNIT_PU, PU_HUE_CONTROL, 2};
-inline constexpr SliderControl saturation{&ViewController::m_sliderSaturation,
-                                          &ViewController::m_textSaturation, UNIT_PU,
-                                          PU_SATURATION_CONTROL, 2};
-inline constexpr SliderControl sharpness{&ViewController::m_sliderSharpness,
-                                         &ViewController::m_textSharpness, UNIT_PU,
-                                         PU_SHARPNESS_CONTROL, 2};
-inline constexpr SliderControl gamma{&ViewController::m_sliderGama, &ViewController::m_textGama,
-                                     UNIT_PU, PU_GAMMA_CONTROL, 2};
-inline constexpr SliderControl whiteBalance{&ViewController::m_sliderWB, &ViewController::m_textWb,
-                                            UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_CONTROL, 2};
-inline constexpr SliderControl backlight{&ViewController::m_sliderBackLight,
-                                         &ViewController::m_textBackLight, UNIT_PU,
-                                         PU_BACKLIGHT_COMPENSATION_CONTROL, 2};
-inline constexpr SliderControl gain{&ViewController::m_sliderGain, &ViewController::m_textGain,
-                                    UNIT_PU, PU_GAIN_CONTROL, 2};
-inline constexpr SliderControl zoom{&ViewController::m_sliderZoom, &ViewController::m_textZoom,
-                                    UNIT_CT, CT_ZOOM_ABSOLUTE_CONTROL, 2};
-inline constexpr SliderControl focus{&ViewController::m_sliderFocus, &ViewController::m_textFocus,
-                                     UNIT_CT, CT_FOCUS_ABSOLUTE_CONTROL, 2};
-/// The slider's number is an index into the exposure times.
-inline constexpr SliderControl exposure{&ViewController::m_sliderAutoExposure,
-                                        &ViewController::m_textExposure, UNIT_CT,
-                                        CT_EXPOSURE_TIME_ABSOLUTE_CONTROL, 4};
-/// Pan and tilt are the two halves of one control, in whole degrees on the sliders.
-inline constexpr SliderControl pan{&ViewController::m_sliderPano, &ViewController::m_textPano,
-                                   UNIT_CT, CT_PANTILT_ABSOLUTE_CONTROL, 8};
-inline constexpr SliderControl tilt{&ViewController::m_sliderTile, &ViewController::m_textTile,
-                                    UNIT_CT, CT_PANTILT_ABSOLUTE_CONTROL, 8};
+/// The number as it is.
+std::uint64_t level(const ViewController& controller, std::int32_t number);
+/// The exposure time of an index, in 100 microseconds; a number that is no index is sent as it is.
+std::uint64_t exposureTime(const ViewController& controller, std::int32_t number);
+/// Pan in the low half and tilt in the high half, in arc seconds, the other axis from its slider.
+std::uint64_t panWithTilt(const ViewController& controller, std::int32_t number);
+std::uint64_t tiltWithPan(const ViewController& controller, std::int32_t number);
+
+#define DEFINE_ROW(row, action, slider, text, unit, selector, size, encode, defaultNumber, mode) \
+    inline constexpr SliderControl row{&ViewController::slider,                                  \
+                                       &ViewController::text,                                    \
+                                       unit,                                                     \
+                                       selector,                                                 \
+                                       size,                                                     \
+                                       encode,                                                   \
+                                       defaultNumber,                                            \
+                                       mode};
+ENUMERATE_STANDARD_SLIDERS(DEFINE_ROW)
+#undef DEFINE_ROW
+
+/// All of them, in the order of the reset.
+#define ADDRESS_OF_ROW(row, ...) &row,
+inline constexpr std::array sliders{ENUMERATE_STANDARD_SLIDERS(ADDRESS_OF_ROW)};
+#undef ADDRESS_OF_ROW
 
 /// Arc seconds in a degree: the camera's unit and the sliders' unit of pan and tilt.
 inline constexpr std::int32_t arcSecondsPerDegree = 3600;
@@ -75,6 +67,11 @@ inline constexpr std::array<std::int32_t, 9> EXPOSURE_TIME_TABLE{1, 2, 5, 10, 20
 inline constexpr std::int32_t firstExposureIndex = -13;
 
 /// Shows `number` in the text of `control`.
-void showNumber(ViewController& controller, const SliderControl& control, std::int32_t number);
+void showNumber(const ViewController& controller, const SliderControl& control,
+                std::int32_t number);
+
+/// Sends `number` to the open camera as the value of `control`.
+void sendNumber(const ViewController& controller, const SliderControl& control,
+                std::int32_t number);
 
 }  // namespace standard

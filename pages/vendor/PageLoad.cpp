@@ -53,11 +53,11 @@ void loadSliders(ViewController& controller) {
         (controller.*control->slider).setIntValue(readValue(control->selector));
 }
 
-/// Reads a toggle, shows it, and returns whether it is on.
-bool loadToggle(ViewController& controller, const vendor::ToggleControl& toggle) {
-    const bool nonZero = readValue(toggle.selector) != 0;
-    const bool on = nonZero == (toggle.valueForOn != 0);
-    vendor::showToggle(controller.*toggle.button, on);
+/// Reads a switch, shows it, and returns whether it is on.
+bool loadSwitch(ViewController& controller, const vendor::SwitchControl& control) {
+    const bool nonZero = readValue(control.selector) != 0;
+    const bool on = nonZero == (control.valueForOn != 0);
+    vendor::showSwitch(controller.*control.button, on);
     return on;
 }
 
@@ -75,11 +75,11 @@ void InitXUPage(ViewController& controller) {
     loadVersion(controller);
     loadStyle(controller);
     loadSliders(controller);
-    const bool compensated = loadToggle(controller, vendor::compensationSwitch);
+    const bool compensated = loadSwitch(controller, vendor::compensationSwitch);
     controller.m_SliderCompValue.setEnabled(compensated);
     controller.m_SpinCompValue.setEnabled(compensated);
-    for (const auto* toggle : {&vendor::h264Switch, &vendor::audioSwitch, &vendor::horizontalFlip,
-                               &vendor::verticalFlip})
-        loadToggle(controller, *toggle);
+    for (const auto* control : {&vendor::h264Switch, &vendor::audioSwitch, &vendor::horizontalFlip,
+                                &vendor::verticalFlip})
+        loadSwitch(controller, *control);
     showNumbers(controller);
 }
