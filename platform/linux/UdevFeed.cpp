@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <string_view>
 
 #include "platform/linux/VideoNode.h"

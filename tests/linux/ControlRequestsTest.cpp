@@ -45,8 +45,8 @@ class ControlRequests : public testing::Test {
     }
 
     /// Expects one call that carries these controls; on a read, `values` are the answer.
-    void expectControls(unsigned long call, std::vector<std::uint32_t> ids,
-                        std::vector<std::int32_t> values, int status = 0) {
+    void expectControls(unsigned long call, const std::vector<std::uint32_t>& ids,
+                        const std::vector<std::int32_t>& values, int status = 0) {
         node.expect<v4l2_ext_controls>(call, [=](v4l2_ext_controls& all) {
             EXPECT_EQ(all.which, static_cast<std::uint32_t>(V4L2_CTRL_WHICH_CUR_VAL));
             EXPECT_EQ(all.count, ids.size());
@@ -80,8 +80,8 @@ class ControlRequests : public testing::Test {
         return control;
     }
 
-    void expectQuery(std::uint8_t code, std::uint8_t selector, Bytes before, Bytes after,
-                     int status = 0, std::uint8_t unit = 16) {
+    void expectQuery(std::uint8_t code, std::uint8_t selector, const Bytes& before,
+                     const Bytes& after, int status = 0, std::uint8_t unit = 16) {
         node.expect<uvc_xu_control_query>(UVCIOC_CTRL_QUERY, [=](uvc_xu_control_query& query) {
             EXPECT_EQ(query.unit, unit);
             EXPECT_EQ(query.selector, selector);
