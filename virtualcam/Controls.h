@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include "virtualcam/PictureState.h"
@@ -88,7 +89,10 @@ struct ControlId {
     std::uint8_t unit = 0;
     std::uint8_t selector = 0;
 
-    auto operator<=>(const ControlId&) const = default;
+    bool operator==(const ControlId&) const = default;
+    bool operator<(const ControlId& other) const {
+        return std::tie(unit, selector) < std::tie(other.unit, other.selector);
+    }
 };
 
 /// How a control's value is made and which requests it takes.

@@ -140,7 +140,8 @@ void SceneGenerator::compose(std::uint64_t index) {
     balloon_.put(picture_, *optics_, {drift(770, 14), 250 + 14 * std::sin(0.5 * seconds)});
 
     constexpr std::uint64_t kStepsPerTurn = 240;
-    const std::uint64_t step = index * kStepsPerTurn / (60 * kFramesPerSecond);
+    constexpr std::uint64_t kPicturesPerTurn = std::uint64_t{60} * kFramesPerSecond;
+    const std::uint64_t step = index * kStepsPerTurn / kPicturesPerTurn;
     if (handStep_ != step)
         hand_.draw(secondHand(static_cast<double>(step % kStepsPerTurn) / kStepsPerTurn), *optics_);
     handStep_ = step;

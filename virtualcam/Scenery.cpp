@@ -254,7 +254,7 @@ void paintTestChart(Image& image) {
                                          {0.84, 0.40, 0.50, 1}}};
     for (std::size_t i = 0; i < patches.size(); ++i) {
         const double left = 573 + 38.0 * static_cast<double>(i % 3);
-        const double top = 583 + 31.0 * static_cast<double>(i / 3);
+        const double top = i < 3 ? 583 : 614;
         fillBox(image, {left, top, left + 36, top + 29}, patches[i]);
     }
 }

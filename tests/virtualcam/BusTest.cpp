@@ -232,7 +232,7 @@ TEST_F(BusTest, HeldPicturesAreNeverDrawnOver) {
     source->start(kPreview, sink);
     const platform::VideoFrame held = sink.awaitFrame();
     const auto* pixels = reinterpret_cast<const std::uint32_t*>(held.pixels);
-    const std::vector<std::uint32_t> before(pixels, pixels + 640 * 480);
+    const std::vector<std::uint32_t> before(pixels, pixels + std::ptrdiff_t{640} * 480);
     sink.awaitFrame(6);
     EXPECT_TRUE(std::equal(before.begin(), before.end(), pixels));
 }
