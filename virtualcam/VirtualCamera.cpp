@@ -74,7 +74,7 @@ std::array<std::int32_t, 2> limit(const ControlRow& row, std::int32_t Limits::*f
     return {row.limits.*field, row.secondLimits ? (*row.secondLimits).*field : 0};
 }
 
-/// The control's two bytes or so of one integer, little-endian with its sign.
+/// Appends one integer in `count` bytes, little-endian, widened with its sign.
 void append(std::vector<std::uint8_t>& bytes, std::int64_t value, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
         bytes.push_back(static_cast<std::uint8_t>(value >> std::min<std::size_t>(8 * i, 63)));
