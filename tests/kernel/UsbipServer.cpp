@@ -27,17 +27,16 @@ constexpr std::uint32_t kDirectionIn = 1;
 /// depend on the command.
 class UsbipServer::Header {
   public:
-    enum Word { command, sequence, device, direction, endpoint, first, second };
+    enum Word : std::uint8_t { command, sequence, device, direction, endpoint, first, second };
 
-    std::uint32_t word(int index) const {
-        const auto at = static_cast<std::size_t>(index) * 4;
+    std::uint32_t word(std::size_t index) const {
+        const std::size_t at = index * 4;
         return std::uint32_t{bytes[at]} << 24 | std::uint32_t{bytes[at + 1]} << 16 |
                std::uint32_t{bytes[at + 2]} << 8 | std::uint32_t{bytes[at + 3]};
     }
-    void setWord(int index, std::uint32_t value) {
-        for (int i = 0; i < 4; ++i)
-            bytes[static_cast<std::size_t>(index * 4 + i)] =
-                static_cast<std::uint8_t>(value >> (24 - 8 * i));
+    void setWord(std::size_t index, std::uint32_t value) {
+        for (std::size_t i = 0; i < 4; ++i)
+            bytes[index * 4 + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
     }
     /// The setup packet stands at the end, in USB's own byte order.
     Setup setup() const {
