@@ -20,6 +20,8 @@ namespace platform {
 class Actions : public QObject {
   public:
     Actions(NSViewController& controller, QWidget& window);
+    Actions(const Actions&) = delete;
+    Actions& operator=(const Actions&) = delete;
     ~Actions() override;
 
     /// From now on sends `action` when the user works `widget`.
