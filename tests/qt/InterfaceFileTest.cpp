@@ -158,7 +158,7 @@ TEST_F(InterfaceFileTest, MnemonicsAreUniqueOnEachPage) {
 }
 
 TEST_F(InterfaceFileTest, TabReachesEveryControlFromTopToBottom) {
-    const auto next = [this] {
+    const auto next = [] {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         return QApplication::focusWidget()->objectName();
     };
