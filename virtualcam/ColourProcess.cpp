@@ -25,7 +25,7 @@ constexpr std::array<Style, 7> kStyles{{
 /// The factors on the light of red, green and blue.
 std::array<double, 3> gains(const PictureState& state) {
     const Style& style = styleOf(state);
-    double stops = style.stops + (state.gain - 6) / 6.0;
+    double stops = style.stops + (state.gain - 6) / 100.0;
     // The camera keeps part of a change of the exposure time back, as its own gain follows.
     stops += 0.55 * std::log2(std::max(state.exposureTime, 1) / 167.0);
     if (state.exposureCompensationOff == 0)
@@ -50,14 +50,14 @@ double shoulder(double light) {
 
 /// From light (0 to 1) to tone (0 to 1).
 double tone(double light, const PictureState& state, const Style& style) {
-    double y = std::pow(shoulder(light), 1 / kDisplayGamma * 238.0 / std::max(state.gamma, 1));
-    const double lift = 0.16 * state.backlight + 0.5 * style.shadows;
+    double y = std::pow(shoulder(light), 1 / kDisplayGamma * 238.0 / std::max(state.gamma, 40));
+    const double lift = 0.064 * state.backlight + 0.5 * style.shadows;
     y = std::pow(y, 1 / (1 + lift));
     // Compression raises the shadows and holds the lights down; the middle stays.
     const double range = state.dynamicRange / 8.0;
     y += range * (1.5 * std::pow(1 - y, 3) * y - 0.8 * std::pow(y, 3) * (1 - y));
-    y = 0.5 + (y - 0.5) * style.contrast * (1 + 0.07 * (state.contrast - 7));
-    y += 0.04 * (state.brightness - 7);
+    y = 0.5 + (y - 0.5) * style.contrast * (1 + (state.contrast - 7) / 270.0);
+    y += (state.brightness - 7) / 500.0;
     return std::clamp(y, 0.0, 1.0);
 }
 
@@ -86,8 +86,8 @@ const Style& styleOf(const PictureState& state) {
 }
 
 ColourProcess::ColourProcess(const PictureState& state)
-    : matrix_(hueAndSaturation((state.hue - 7) * 10.0,
-                               styleOf(state).saturation * state.saturation / 100.0)) {
+    : matrix_(
+          hueAndSaturation(state.hue - 7, styleOf(state).saturation * state.saturation / 100.0)) {
     const Style& style = styleOf(state);
     const std::array<double, 3> gain = gains(state);
     for (std::size_t channel = 0; channel < curves_.size(); ++channel) {

@@ -16,7 +16,7 @@ constexpr ControlId kAutoFocus{kCameraTerminal, CT_FOCUS_AUTO_CONTROL};
 constexpr ControlId kAeMode{kCameraTerminal, CT_AE_MODE_CONTROL};
 constexpr ControlId kAutoWhite{kProcessingUnit, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL};
 
-constexpr Automatic kFollowsFocus{kAutoFocus, 1, 40, 3, 4};
+constexpr Automatic kFollowsFocus{kAutoFocus, 1, 160, 12, 16};
 constexpr Automatic kFollowsLight{kAeMode, 8, 167, 12, 6};
 constexpr Automatic kFollowsColour{kAutoWhite, 1, 5200, 180, 40};
 
@@ -27,9 +27,10 @@ std::vector<ControlRow> cameraTerminal() {
         return ControlRow{{kCameraTerminal, selector}, kind, length, info, limits, picture};
     };
     auto zoom =  // lens position, one to three times
-        row(CT_ZOOM_ABSOLUTE_CONTROL, number, 2, kReadWrite, {0, 100, 1, 0}, &Picture::zoom);
+        row(CT_ZOOM_ABSOLUTE_CONTROL, number, 2, kReadWrite, {0, 1000, 1, 0}, &Picture::zoom);
     auto focus =  // lens position
-        row(CT_FOCUS_ABSOLUTE_CONTROL, number, 2, kMovesByItself, {0, 255, 1, 40}, &Picture::focus);
+        row(CT_FOCUS_ABSOLUTE_CONTROL, number, 2, kMovesByItself, {0, 1023, 1, 160},
+            &Picture::focus);
     focus.automatic = kFollowsFocus;
     auto autoFocus =  // switch
         row(CT_FOCUS_AUTO_CONTROL, boolean, 1, kReadWrite, {0, 1, 1, 1}, nullptr);
@@ -41,8 +42,8 @@ std::vector<ControlRow> cameraTerminal() {
     exposure.automatic = kFollowsLight;
     auto panTilt =  // arc seconds; the motors stop at whole degrees
         row(CT_PANTILT_ABSOLUTE_CONTROL, number, 8, kReadWrite,
-            {-30 * kDegree, 30 * kDegree, kDegree, 0}, &Picture::pan);
-    panTilt.secondLimits = {-20 * kDegree, 20 * kDegree, kDegree, 0};
+            {-180 * kDegree, 180 * kDegree, kDegree, 0}, &Picture::pan);
+    panTilt.secondLimits = {-180 * kDegree, 180 * kDegree, kDegree, 0};
     panTilt.secondPicture = &Picture::tilt;
     return {zoom, focus, autoFocus, aeMode, exposure, panTilt};
 }
@@ -52,20 +53,20 @@ std::vector<ControlRow> processingUnit() {
         return ControlRow{{kProcessingUnit, selector}, number, 2, kReadWrite, limits, picture};
     };
     auto temperature =  // kelvin
-        level(PU_WHITE_BALANCE_TEMPERATURE_CONTROL, {2800, 10000, 1, 6500}, &Picture::whiteBalance);
+        level(PU_WHITE_BALANCE_TEMPERATURE_CONTROL, {2000, 10000, 1, 6500}, &Picture::whiteBalance);
     temperature.info = kMovesByItself;
     temperature.automatic = kFollowsColour;
     return {
-        level(PU_BRIGHTNESS_CONTROL, {0, 15, 1, 7}, &Picture::brightness),     // steps
-        level(PU_CONTRAST_CONTROL, {0, 15, 1, 7}, &Picture::contrast),         // steps
-        level(PU_HUE_CONTROL, {0, 14, 1, 7}, &Picture::hue),                   // 10 degrees
-        level(PU_SATURATION_CONTROL, {0, 200, 1, 100}, &Picture::saturation),  // per cent
-        level(PU_SHARPNESS_CONTROL, {0, 18, 1, 9}, &Picture::sharpness),       // steps
-        level(PU_GAMMA_CONTROL, {100, 400, 1, 238}, &Picture::gamma),          // hundredths
+        level(PU_BRIGHTNESS_CONTROL, {-255, 255, 1, 7}, &Picture::brightness),  // level
+        level(PU_CONTRAST_CONTROL, {-255, 255, 1, 7}, &Picture::contrast),      // level
+        level(PU_HUE_CONTROL, {-180, 180, 1, 7}, &Picture::hue),                // degrees
+        level(PU_SATURATION_CONTROL, {0, 255, 1, 100}, &Picture::saturation),   // per cent
+        level(PU_SHARPNESS_CONTROL, {0, 255, 1, 9}, &Picture::sharpness),       // steps
+        level(PU_GAMMA_CONTROL, {1, 500, 1, 238}, &Picture::gamma),             // hundredths
         temperature,
         {kAutoWhite, boolean, 1, kReadWrite, {0, 1, 1, 1}, &Picture::autoWhiteBalance},
-        level(PU_BACKLIGHT_COMPENSATION_CONTROL, {0, 4, 1, 0}, &Picture::backlight),  // steps
-        level(PU_GAIN_CONTROL, {0, 15, 1, 6}, &Picture::gain),                        // steps
+        level(PU_BACKLIGHT_COMPENSATION_CONTROL, {0, 10, 1, 0}, &Picture::backlight),  // steps
+        level(PU_GAIN_CONTROL, {0, 255, 1, 6}, &Picture::gain),                        // steps
         {{kProcessingUnit, PU_POWER_LINE_FREQUENCY_CONTROL},  // 0 off, 1 50 Hz, 2 60 Hz
          choice,
          1,

@@ -29,7 +29,7 @@ Noise::Noise() : normal_(kRun), still_(kRun), moving_(kRun) {
 }
 
 void Noise::configure(const PictureState& state) {
-    const double strength = 2.6 * std::exp2((state.gain - 6) / 5.0);
+    const double strength = 2.6 * std::exp2((state.gain - 6) / 80.0);
     const double spatial = state.noiseReduction2D / 6.0;
     const double temporal = state.noiseReduction3D / 8.0;
     const double still = strength * (1 - 0.95 * spatial);

@@ -23,18 +23,24 @@ struct Optics {
     bool operator==(const Optics&) const = default;
 };
 
+/// Turns a motor's arc seconds into degrees of the view. The landscape ends `limit` degrees to a
+/// side: the farther the motor, the less each degree of it moves the view.
+double turned(int arcSeconds, double limit) {
+    return limit * std::tanh(arcSeconds / 3600.0 / limit);
+}
+
 Optics opticsOf(const PictureState& state, PictureSize size) {
-    constexpr double kArcSeconds = 3600;
-    constexpr int kSharpestFocus = 40;
-    constexpr int kDepthOfField = 12;
-    const double zoom = 1 + 2 * state.zoom / 100.0;
+    constexpr int kSharpestFocus = 160;
+    constexpr int kDepthOfField = 48;
+    const double zoom = 1 + 2 * state.zoom / 1000.0;
     const double scale = size.width * zoom / kSceneWidth;
-    const double x = kSceneCentre.x + state.pan / kArcSeconds * kPixelsPerDegree;
-    const double y = kSceneCentre.y - state.tilt / kArcSeconds * kPixelsPerDegree;
+    const double x = kSceneCentre.x + turned(state.pan, 30) * kPixelsPerDegree;
+    const double y = kSceneCentre.y - turned(state.tilt, 20) * kPixelsPerDegree;
     const int defocus = std::max(0, std::abs(state.focus - kSharpestFocus) - kDepthOfField);
-    const double sharpen = (state.sharpness - 9) / 9.0 * (state.sharpness < 9 ? 1 : 1.6);
+    const double sharpen =
+        state.sharpness < 9 ? (state.sharpness - 9) / 9.0 : (state.sharpness - 9) / 100.0;
     return {{x - size.width / scale / 2, y - size.height / scale / 2, scale},
-            static_cast<int>(std::ceil(defocus * scale / 22)),
+            static_cast<int>(std::ceil(defocus * scale / 88)),
             std::max(-1.0, sharpen + styleOf(state).sharpness)};
 }
 

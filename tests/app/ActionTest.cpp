@@ -118,10 +118,13 @@ TEST_F(ActionTest, StandardSlidersShowTheirNumberAndSendTheirValue) {
         EXPECT_EQ(bench_.requests(), row.requests) << row.slider;
     }
     moveSlider(bench_, "m_sliderAutoExposure", -6);
-    moveSlider(bench_, "m_sliderBright", -10);  // this camera refuses it; the window goes on
+    moveSlider(bench_, "m_sliderBright", -10);
+    bench_.camera().setFaults({.stalled = {{3, PU_HUE_CONTROL}}});
+    moveSlider(bench_, "m_sliderHue", -7);  // refused; the window shows it all the same
     EXPECT_THAT(bench_.requests(),
-                ElementsAre("21 01 0400 0100 4 | a7 00 00 00", "21 01 0200 0300 2 | f6 ff !"));
-    EXPECT_EQ(bench_.shown("m_textBright"), "-10");
+                ElementsAre("21 01 0400 0100 4 | a7 00 00 00", "21 01 0200 0300 2 | f6 ff",
+                            "21 01 0600 0300 2 | f9 ff !"));
+    EXPECT_EQ(bench_.shown("m_textHue"), "-7");
 }
 
 TEST_F(ActionTest, AnExposureNumberOutsideTheTableIsSentAsItIs) {
@@ -131,7 +134,7 @@ TEST_F(ActionTest, AnExposureNumberOutsideTheTableIsSentAsItIs) {
 }
 
 TEST_F(ActionTest, AutomaticModesSendTheModeBeforeTheManualValue) {
-    const std::string zoomed = "21 01 0600 0100 2 | 28 00";
+    const std::string focus = "21 01 0600 0100 2 | a0 00";
     click(bench_, "m_btnAutoWB");
     EXPECT_THAT(bench_.requests(), ElementsAre("21 01 0b00 0300 1 | 01"));
     EXPECT_FALSE(bench_.isEnabled("m_sliderWB"));
@@ -144,10 +147,10 @@ TEST_F(ActionTest, AutomaticModesSendTheModeBeforeTheManualValue) {
 
     // The camera refuses the manual value while its automatic mode holds the control.
     click(bench_, "m_btnAutoFocus");
-    EXPECT_THAT(bench_.requests(), ElementsAre("21 01 0800 0100 1 | 01", zoomed + " !"));
+    EXPECT_THAT(bench_.requests(), ElementsAre("21 01 0800 0100 1 | 01", focus + " !"));
     EXPECT_FALSE(bench_.isEnabled("m_sliderFocus"));
     click(bench_, "m_btnAutoFocus");
-    EXPECT_THAT(bench_.requests(), ElementsAre("21 01 0800 0100 1 | 00", zoomed));
+    EXPECT_THAT(bench_.requests(), ElementsAre("21 01 0800 0100 1 | 00", focus));
     EXPECT_TRUE(bench_.isEnabled("m_sliderFocus"));
 
     click(bench_, "m_btnAutoExposure");

@@ -116,8 +116,8 @@ TEST_F(CameraTest, EveryDefaultIsLegalAndEveryNumberKeepsItsEnds) {
 
 TEST_F(CameraTest, RefusesWhatIsOutOfRange) {
     const std::vector<std::pair<ControlId, Bytes>> refused{
-        {kBrightness, {16, 0}},
-        {kBrightness, {0xFF, 0xFF}},
+        {kBrightness, {0x00, 0x01}},
+        {kBrightness, {0x00, 0xFF}},
         {kRedGain, {0xF5, 0xFF}},
         {kRedGain, {0xFD, 0x00}},  // 253, not -3
         {kAutoWhite, {2}},
@@ -240,13 +240,12 @@ TEST_F(CameraTest, OlderCameraHasNoLensControls) {
 
 TEST_F(CameraTest, RecordsEveryRequest) {
     write(kBrightness, {3, 0});
-    write(kBrightness, {99, 0});
+    write(kBrightness, {0, 1});
     read(kStyle, GET_CUR, 4);
     const auto records = camera.requests();
-    EXPECT_THAT(records,
-                ElementsAre(RequestRecord{0x21, SET_CUR, 0x0200, 0x0300, 2, {3, 0}, 0},
-                            RequestRecord{0x21, SET_CUR, 0x0200, 0x0300, 2, {99, 0}, EPIPE},
-                            RequestRecord{0xA1, GET_CUR, 0x0D00, 0x1000, 4, {0}, 0}));
+    EXPECT_THAT(records, ElementsAre(RequestRecord{0x21, SET_CUR, 0x0200, 0x0300, 2, {3, 0}, 0},
+                                     RequestRecord{0x21, SET_CUR, 0x0200, 0x0300, 2, {0, 1}, EPIPE},
+                                     RequestRecord{0xA1, GET_CUR, 0x0D00, 0x1000, 4, {0}, 0}));
     EXPECT_THAT(testing::PrintToString(records.at(0)),
                 testing::StartsWith("SET_CUR unit 3 selector 2 length 2: 03 00 -> 0"));
     camera.clearRequests();
