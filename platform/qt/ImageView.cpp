@@ -45,7 +45,6 @@ ImageView::ImageView(QWidget* parent)
     : QWidget(parent), hint_(new QLabel(QStringLiteral("Choose a camera and open it"), this)) {
     hint_->setAlignment(Qt::AlignCenter);
     hint_->setWordWrap(true);
-    hint_->setForegroundRole(QPalette::PlaceholderText);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(hint_);
     setBackgroundRole(QPalette::Midlight);

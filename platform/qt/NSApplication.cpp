@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QScreen>
 #include <QWidget>
 
 #include "platform/AVCaptureDevice.h"
@@ -19,6 +20,13 @@ void nameApplication() {
     QApplication::setWindowIcon(icon);
 }
 
+/// Shows the window in its own size, or as large as the screen lets it and its frame be.
+void show(QWidget& window) {
+    constexpr QSize kFrame(16, 48);  // an estimate: the window manager has not drawn it yet
+    window.resize(window.size().boundedTo(window.screen()->availableSize() - kFrame));
+    window.show();
+}
+
 /// Runs the window's life on an application that exists; returns the exit status.
 int runWindow(NSApplicationDelegate& delegate, NSViewController& controller) {
     const auto window = platform::InterfaceWindow::load(controller);
@@ -29,7 +37,7 @@ int runWindow(NSApplicationDelegate& delegate, NSViewController& controller) {
     controller.viewDidLoad();
     QApplication::setQuitOnLastWindowClosed(
         delegate.applicationShouldTerminateAfterLastWindowClosed());
-    window->widget().show();
+    show(window->widget());
     delegate.applicationDidFinishLaunching();
     const int status = QApplication::exec();
     delegate.applicationWillTerminate();
