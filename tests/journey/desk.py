@@ -1,0 +1,199 @@
+"""A person at the desk: finds widgets by what they are called, works them with the mouse and the
+keyboard of the X display, and looks at them and at the screen."""
+
+import collections
+import contextlib
+import subprocess
+import threading
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+SECONDS = 10  # until what must happen counts as not happening
+
+
+class Failure(Exception):
+    pass
+
+
+class Desk:
+    def __init__(self, program):
+        Atspi.set_timeout(SECONDS * 1000, SECONDS * 1000)
+        Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
+        # Nothing is done with the events but waking up: what they tell of is looked at again.
+        self._listener = Atspi.EventListener.new(lambda event: None)
+        for event in ("object", "window", "focus"):
+            self._listener.register(event)
+        self.log = []
+        self._known = {}
+        self._process = subprocess.Popen([program], stderr=subprocess.PIPE, text=True)
+        self._reader = threading.Thread(target=lambda: self.log.extend(self._process.stderr))
+        self._reader.start()
+        self.window = self.until("the window is active", self._active_window)
+
+    def until(self, what, condition):
+        """Returns the first value of `condition` that counts as true. The pixels of the screen
+        tell nobody when they change, so it is looked at again after a while in any case."""
+        deadline = time.monotonic() + SECONDS
+        pulse = GLib.timeout_add(50, lambda: GLib.SOURCE_CONTINUE)
+        try:
+            while time.monotonic() < deadline:
+                # What is asked may be gone before it answers.
+                with contextlib.suppress(GLib.Error):
+                    if value := condition():
+                        return value
+                GLib.MainContext.default().iteration(True)
+        finally:
+            GLib.source_remove(pulse)
+        self.picture_of_screen("journey-failure.png")
+        raise Failure(f"not within {SECONDS} seconds: {what}")
+
+    def _application(self):
+        desktop = Atspi.get_desktop(0)
+        for index in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(index)
+            if child and child.get_process_id() == self._process.pid:
+                return child
+        return None
+
+    def _active_window(self):
+        return next((window for window in self.windows() if has(window, "ACTIVE")), None)
+
+    def windows(self):
+        application = self._application()
+        return children(application) if application else []
+
+    def find(self, role, name):
+        """Returns the one widget of this kind and name. All but texts keep their names and stay
+        where they are, so one look around finds them for later too."""
+
+        def search():
+            if role == "label" or (role, name) not in self._known:
+                self._known = self._look_around()
+            found = self._known.get((role, name), [])
+            return found[0] if len(found) == 1 else None
+
+        return self.until(f"there is one {role} “{name}”", search)
+
+    def _look_around(self):
+        known = collections.defaultdict(list)
+        for window in self.windows():
+            for widget in descendants(window):
+                known[widget.get_role_name(), widget.get_name()].append(widget)
+        return known
+
+    def number(self, name):
+        return int(self.find("slider", name).get_value_iface().get_current_value())
+
+    def wait_number(self, name, number):
+        """Waits until the slider shows the number, and the text or list beside it too."""
+        slider = self.find("slider", name)
+        self.until(
+            f"“{name}” is {number}",
+            lambda: slider.get_value_iface().get_current_value() == number
+            and str(number) in [widget.get_name() for widget in self._beside(slider)],
+        )
+
+    @staticmethod
+    def _beside(slider):
+        """The widgets in the slider's row: a text or a list, which have no names of their own."""
+        area = extents(slider)
+        middles = ((widget, extents(widget).y + extents(widget).height // 2)
+                   for widget in children(slider.get_parent()))
+        return [widget for widget, middle in middles if area.y <= middle <= area.y + area.height]
+
+    def choose(self, name, item):
+        """Picks an item in the list beside a slider."""
+        row = self._beside(self.find("slider", name))
+        box = next(widget for widget in row if widget.get_role_name() == "combo box")
+        self.click(box)
+        choices = children(box)[0]
+        self.until("the list is open", lambda: has(choices, "SHOWING"))
+        self.click(next(choice for choice in children(choices) if choice.get_name() == item))
+
+    def answer(self, question, key):
+        """Answers a box by a key, and waits until it is gone."""
+        self.find("label", question)
+        self.until("the box is active", lambda: self._active_window() != self.window)
+        self.keys(key)
+        self.until("the box is gone", lambda: self._active_window() == self.window)
+
+    def wait_checked(self, name, wanted=True):
+        box = self.find("check box", name)
+        self.until(f"“{name}” is {'on' if wanted else 'off'}",
+                   lambda: has(box, "CHECKED") == wanted)
+
+    def click(self, widget):
+        area = extents(widget)
+        self._hand("mousemove", area.x + area.width // 2, area.y + area.height // 2, "click", 1)
+
+    def drag(self, name, fraction):
+        """Drags a slider's handle to this part of the slider's length."""
+        slider = self.find("slider", name)
+        value, area = slider.get_value_iface(), extents(slider)
+        low, high = value.get_minimum_value(), value.get_maximum_value()
+        here = (value.get_current_value() - low) / (high - low)
+        y = area.y + area.height // 2
+        handle = 14  # the middle of it stays this far within the slider's ends, both together
+        places = [
+            area.x + handle // 2 + round((area.width - handle) * (here + (fraction - here) * step / 10))
+            for step in range(11)
+        ]
+        self._hand("mousemove", places[0], y, "mousedown", 1)
+        for x in places[1:]:
+            self._hand("mousemove", x, y)
+        self._hand("mouseup", 1)
+
+    def keys(self, *names):
+        self._hand("key", *names)
+
+    @staticmethod
+    def _hand(*words):
+        subprocess.run(["xdotool", *map(str, words)], check=True)
+
+    @staticmethod
+    def picture_of_screen(file):
+        subprocess.run(["import", "-silent", "-window", "root", file], check=False)
+
+    def look(self, area, width, height):
+        """Returns what the screen shows there as rows of (red, green, blue)."""
+        geometry = f"{area.width}x{area.height}+{area.x}+{area.y}"
+        command = ["import", "-silent", "-window", "root", "-crop", geometry, "-depth", "8",
+                   "-resize", f"{width}x{height}!", "RGB:-"]
+        pixels = subprocess.run(command, check=True, capture_output=True).stdout
+        flat = [tuple(pixels[i:i + 3]) for i in range(0, width * height * 3, 3)]
+        return [flat[row * width:(row + 1) * width] for row in range(height)]
+
+    def end(self):
+        """Returns the exit status of the program, which is about to end."""
+        status = self._process.wait(SECONDS)
+        self._reader.join()
+        return status
+
+    def abandon(self):
+        if self._process.poll() is None:
+            self._process.kill()
+        self._reader.join()
+
+
+def children(widget):
+    count = range(widget.get_child_count())
+    return [child for child in map(widget.get_child_at_index, count) if child]
+
+
+def descendants(widget):
+    for child in children(widget):
+        yield child
+        if child.get_role_name() != "combo box":  # many items, and not to be told apart
+            yield from descendants(child)
+
+
+def extents(widget):
+    return widget.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+
+
+def has(widget, state):
+    return widget.get_state_set().contains(getattr(Atspi.StateType, state))

@@ -1,0 +1,150 @@
+"""One journey through the program: opens the camera, changes it in every way that there is, takes
+it all back and leaves. After each step the picture and the widgets must agree."""
+
+import re
+import statistics
+import sys
+
+from desk import Desk, Failure, extents
+
+# What the program may write on its way, and nothing else.
+LOG = re.compile(
+    r"quelvo: (kkk:3|g_length2?:\d+|bmRequestType2:\d+ get_data_for:-?\d+|set:length:8 , -?\d+|"
+    r"intval:-?\d+|zoomEnable:0|slider:-?\d+|spin:-?\d+|viewLayer = <CALayer: 0x[0-9a-f]+>)\n")
+
+
+class Picture:
+    """What the preview shows: the mean of each column of the picture, and of all of it."""
+
+    COLUMNS, ROWS = 48, 24
+
+    def __init__(self, desk):
+        area = extents(desk.find("filler", "Preview"))
+        # The picture is wider than it is high: above and below it may be bars.
+        height = min(area.height, area.width * 3 // 4)
+        area.y += (area.height - height) // 2
+        area.height = height
+        rows = desk.look(area, self.COLUMNS, self.ROWS)
+        self.columns = [sum(sum(row[x]) for row in rows) / 3 / self.ROWS for x in range(self.COLUMNS)]
+        self.light = sum(self.columns) / self.COLUMNS
+        self.detail = max(self.columns) - min(self.columns)
+        red, _, blue = (sum(pixel[channel] for row in rows for pixel in row) for channel in range(3))
+        self.warmth = red / (blue + 1)
+
+    def is_like(self, other):
+        """The colours too: on its way back a picture may be as light as it was, but pale."""
+        apart = sum(abs(a - b) for a, b in zip(self.columns, other.columns)) / self.COLUMNS
+        return apart < 10 and abs(self.warmth - other.warmth) < 0.04
+
+    def mirrors(self, other):
+        """Whatever the light is by now: only where it is bright and where dark counts."""
+        same, turned = (statistics.correlation(self.columns, columns)
+                        for columns in (other.columns, other.columns[::-1]))
+        return turned > 0.8 > 0.4 > same
+
+
+def open_camera(desk):
+    screen = extents(desk.window)
+    if screen.x + screen.width > 1200 or screen.y + screen.height > 760:
+        raise Failure("the window does not fit the screen")
+    if Picture(desk).detail > 8:
+        raise Failure("there is a picture before a camera is open")
+    desk.click(desk.find("push button", "Open camera"))
+    desk.find("label", "v3 V9.2.4")
+    desk.until("the picture is there", lambda: Picture(desk).detail > 30)
+    desk.click(desk.find("page tab", "Standard"))
+    desk.wait_number("Brightness", 7)
+
+
+def drag_and_type(desk):
+    plain = Picture(desk)
+    desk.drag("Brightness", 0.9)
+    desk.until("the brightness is high", lambda: desk.number("Brightness") > 150)
+    desk.wait_number("Brightness", desk.number("Brightness"))
+    desk.until("the picture is bright", lambda: Picture(desk).light > plain.light + 30)
+    desk.keys("Home", "Right", "Right", "Right")
+    desk.wait_number("Brightness", -252)
+    desk.until("the picture is dark", lambda: Picture(desk).light < plain.light - 30)
+    desk.keys("End", "Left", "Left")
+    desk.wait_number("Brightness", 253)
+    # What the window shows is what the camera has.
+    desk.click(desk.find("push button", "Open camera"))
+    desk.wait_number("Brightness", 253)
+    desk.click(desk.find("push button", "Set standard defaults"))
+    desk.wait_number("Brightness", 7)
+    desk.until("the picture is as it was", lambda: Picture(desk).is_like(plain))
+
+
+def choose_and_flip(desk):
+    desk.click(desk.find("page tab", "Vendor"))
+    plain = Picture(desk)
+    desk.choose("Red gain", "10")
+    desk.wait_number("Red gain", 10)
+    desk.until("the picture is red", lambda: Picture(desk).warmth > plain.warmth * 1.1)
+    plain = Picture(desk)
+    desk.click(desk.find("check box", "Flip horizontally"))
+    desk.wait_checked("Flip horizontally")
+    desk.until("the picture is mirrored", lambda: Picture(desk).mirrors(plain))
+
+
+def answer_boxes(desk):
+    """The switch's image tells what the camera was asked for; cancelling must not touch it."""
+    switch = desk.find("check box", "H.264 stream")
+
+    def image_is_on():
+        area = extents(switch)
+        area.width = area.height  # the image without the text
+        red, _, blue = desk.look(area, 1, 1)[0][0]
+        return blue > red + 40
+
+    def switched(answer):
+        desk.click(switch)
+        desk.answer("Reboot to Switch H264?", answer)
+
+    desk.until("the image is on", image_is_on)
+    switched("Escape")
+    desk.wait_checked("H.264 stream", False)
+    if not image_is_on():
+        raise Failure("cancelling changed the image")
+    switched("Return")
+    desk.wait_checked("H.264 stream")
+    switched("Return")
+    desk.wait_checked("H.264 stream", False)
+    desk.until("the image is off", lambda: not image_is_on())
+
+
+def restore(desk):
+    flipped = Picture(desk)
+    desk.click(desk.find("push button", "Restore vendor defaults"))
+    desk.answer("Restore to default settings?", "Escape")
+    desk.wait_number("Red gain", 10)
+    desk.click(desk.find("push button", "Restore vendor defaults"))
+    desk.answer("Restore to default settings?", "Return")
+    desk.wait_number("Red gain", 0)
+    desk.wait_checked("Flip horizontally", False)
+    desk.wait_checked("H.264 stream")
+    desk.until("the picture is mirrored back", lambda: Picture(desk).mirrors(flipped))
+    desk.until("the picture is plain", lambda: Picture(desk).warmth < flipped.warmth / 1.1)
+
+
+def leave(desk):
+    desk.keys("alt+F4")
+    if status := desk.end():
+        raise Failure(f"the program ended with {status}")
+    if strange := [line for line in desk.log if not LOG.fullmatch(line)]:
+        raise Failure(f"the program said: {''.join(strange)}")
+
+
+def main():
+    desk = Desk(sys.argv[1])
+    try:
+        for step in (open_camera, drag_and_type, choose_and_flip, answer_boxes, restore, leave):
+            step(desk)
+    finally:
+        desk.abandon()
+
+
+try:
+    main()
+except Failure as failure:
+    sys.exit(f"FAILED: {failure}")
