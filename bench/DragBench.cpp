@@ -1,0 +1,152 @@
+// How far the camera lags behind the hand that drags a slider, when each of its answers takes long.
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QTabWidget>
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <map>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/support/WindowBench.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+constexpr std::chrono::milliseconds kAnswer{20};
+constexpr std::chrono::milliseconds kStep{1};
+constexpr int kPositions = 160;  // as many pixels as the slider is sure to have
+
+/// Drags the slider's handle from its left end, a pixel at a time. The hand is a thread of its own
+/// that posts the mouse's events, as it does not wait for the window either.
+class Hand {
+  public:
+    explicit Hand(QSlider& slider) : slider_(slider), thread_([this] { drag(); }) {}
+
+    /// When the hand was `step` pixels away from the start; for a step that the slider has seen.
+    Clock::time_point timeOf(int step) const { return times_.at(static_cast<std::size_t>(step)); }
+
+  private:
+    void drag() {
+        const auto start = Clock::now();
+        post(QEvent::MouseButtonPress, 0, Qt::LeftButton);
+        for (int step = 1; step <= kPositions; ++step) {
+            std::this_thread::sleep_until(start + step * kStep);
+            times_.at(static_cast<std::size_t>(step)) = Clock::now();
+            post(QEvent::MouseMove, step, Qt::NoButton);
+        }
+        post(QEvent::MouseButtonRelease, kPositions, Qt::LeftButton);
+    }
+
+    void post(QEvent::Type type, int step, Qt::MouseButton button) {
+        const QPointF position(grip_ + step, slider_.height() / 2.0);
+        const Qt::MouseButtons held =
+            type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+        QCoreApplication::postEvent(
+            &slider_, new QMouseEvent(type, position, position, button, held, Qt::NoModifier));
+    }
+
+    static constexpr int grip_ = 7;  // within the handle at the left end
+    QSlider& slider_;
+    std::array<Clock::time_point, kPositions + 1> times_;
+    std::jthread thread_;  // the last one: it uses the others
+};
+
+/// What became of one drag.
+struct Drag {
+    int moved = 0;           ///< positions of the slider
+    int sent = 0;            ///< positions that the camera was asked for
+    bool lastSent = false;   ///< the camera has the position at which the hand let go
+    double lagAtEnd = 0;     ///< from there until the camera had it, in answers
+    double greatestLag = 0;  ///< from any position sent until the camera had it, in answers
+};
+
+/// Sees a drag from all three sides: the hand, the slider and the camera.
+class DragWatch : public QObject {
+  public:
+    explicit DragWatch(WindowBench& bench)
+        : bench_(bench), slider_(bench.slider("m_sliderBright")) {
+        slider_.setValue(slider_.minimum());
+        QCoreApplication::processEvents();
+        bench_.requests();
+        bench_.camera().setWait([this](std::chrono::milliseconds time) {
+            std::this_thread::sleep_for(time);
+            answered_.push_back(Clock::now());
+        });
+        slider_.installEventFilter(this);
+        connect(&slider_, &QSlider::valueChanged, this, [this](int value) { step_[value] = now_; });
+        connect(&slider_, &QSlider::sliderReleased, this, [this] { released_ = true; });
+    }
+
+    Drag run() {
+        const Hand hand(slider_);
+        if (!WindowBench::waitUntil([this] { return released_; }))
+            throw std::runtime_error("the drag does not end");
+        Drag drag{.moved = static_cast<int>(step_.size())};
+        for (const auto& request : bench_.camera().requests()) {
+            const auto answered = answered_.at(static_cast<std::size_t>(drag.sent++));
+            const auto value =
+                static_cast<std::int16_t>(request.data.at(0) | request.data.at(1) << 8);
+            const double lag =
+                Milliseconds(answered - hand.timeOf(step_.at(value))) / Milliseconds(kAnswer);
+            drag.greatestLag = std::max(drag.greatestLag, lag);
+            drag.lastSent = value == slider_.value();
+            drag.lagAtEnd =
+                Milliseconds(answered - hand.timeOf(kPositions)) / Milliseconds(kAnswer);
+        }
+        return drag;
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::MouseMove)
+            ++now_;
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    WindowBench& bench_;
+    QSlider& slider_;
+    std::vector<Clock::time_point> answered_;
+    std::map<int, int> step_;  // of the hand, for each position of the slider
+    int now_ = 0;
+    bool released_ = false;
+};
+
+void dragBrightness(benchmark::State& state) {
+    WindowBench bench;
+    bench.window().findChild<QTabWidget*>()->setCurrentIndex(1);
+    bench.pressOpen();
+    bench.camera().setFaults({.delay = kAnswer});
+    Drag worst{.lastSent = true};
+    for ([[maybe_unused]] auto iteration : state) {
+        const Drag drag = DragWatch(bench).run();
+        worst.lastSent = worst.lastSent && drag.lastSent;
+        worst.lagAtEnd = std::max(worst.lagAtEnd, drag.lagAtEnd);
+        worst.greatestLag = std::max(worst.greatestLag, drag.greatestLag);
+        worst.moved += drag.moved;
+        worst.sent += drag.sent;
+    }
+    if (!worst.lastSent)
+        state.SkipWithError("the camera did not get the last position");
+    const auto mean = benchmark::Counter::kAvgIterations;
+    state.counters["moved"] = benchmark::Counter(worst.moved, mean);
+    state.counters["sent"] = benchmark::Counter(worst.sent, mean);
+    state.counters["answers_behind_at_end"] = worst.lagAtEnd;
+    state.counters["answers_behind_at_most"] = worst.greatestLag;
+}
+BENCHMARK(dragBrightness)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}
