@@ -45,14 +45,18 @@ class Hand {
     }
 
     void post(QEvent::Type type, int step, Qt::MouseButton button) {
-        const QPointF position(grip_ + step, slider_.height() / 2.0);
-        const Qt::MouseButtons held =
-            type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
-        QCoreApplication::postEvent(
-            &slider_, new QMouseEvent(type, position, position, button, held, Qt::NoModifier));
+        // The event itself is made on the main thread, as the toolkit's pointing device is there.
+        const auto handle = [&slider = slider_, type, step, button] {
+            const QPointF position(kGrip + step, slider.height() / 2.0);
+            const Qt::MouseButtons held =
+                type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+            QMouseEvent event(type, position, position, button, held, Qt::NoModifier);
+            QCoreApplication::sendEvent(&slider, &event);
+        };
+        QMetaObject::invokeMethod(&slider_, handle, Qt::QueuedConnection);
     }
 
-    static constexpr int grip_ = 7;  // within the handle at the left end
+    static constexpr int kGrip = 7;  // within the handle at the left end
     QSlider& slider_;
     std::array<Clock::time_point, kPositions + 1> times_;
     std::jthread thread_;  // the last one: it uses the others
@@ -72,15 +76,17 @@ class DragWatch : public QObject {
   public:
     explicit DragWatch(WindowBench& bench)
         : bench_(bench), slider_(bench.slider("m_sliderBright")) {
-        slider_.setValue(slider_.minimum());
-        QCoreApplication::processEvents();
-        bench_.requests();
         bench_.camera().setWait([this](std::chrono::milliseconds time) {
             std::this_thread::sleep_for(time);
             answered_.push_back(Clock::now());
         });
+        slider_.setValue(slider_.minimum());
+        QCoreApplication::processEvents();
+        bench_.requests();
+        answered_.clear();
         slider_.installEventFilter(this);
         connect(&slider_, &QSlider::valueChanged, this, [this](int value) { step_[value] = now_; });
+        // The window was connected first, and has sent the last position by then.
         connect(&slider_, &QSlider::sliderReleased, this, [this] { released_ = true; });
     }
 
