@@ -1,9 +1,9 @@
 #include "app/AppDelegate.h"
 
-void AppDelegate::applicationDidFinishLaunching() {}
+void AppDelegate::applicationDidFinishLaunching(const NSNotification& /*notification*/) {}
 
-void AppDelegate::applicationWillTerminate() {}
+void AppDelegate::applicationWillTerminate(const NSNotification& /*notification*/) {}
 
-bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() {
+bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed(NSApplication& /*sender*/) {
     return true;
 }

@@ -3,7 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/ViewController.h"
 #include "camera/UVCCameraControl.h"
-#include "devices/CameraList.h"
+#include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
 #include "platform/NSApplication.h"
 

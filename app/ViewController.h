@@ -20,6 +20,8 @@ class ViewController : public NSViewController {
     std::span<const NSAction> actions() const override;
 
     // devices/: the camera list, and opening a camera.
+
+    /// Lists the attached cameras and follows them from now on as they come and go.
     void RegisterHidEvent();
     void processAddDeviceEventWithNotification(const NSNotification& notification);
     void processRemoveDeviceEventWithNotification(const NSNotification& notification);

@@ -26,3 +26,6 @@ std::int64_t Capture_Transfer(std::uint32_t selector, std::int32_t direction, vo
 /// Writes `value`, little-endian and as long as the control, to the open camera; without one does
 /// nothing. A camera that refuses is logged and otherwise not looked at.
 void sendValue(std::int32_t unitKind, std::int32_t selector, std::span<const std::uint8_t> value);
+
+/// The same for a value of one byte, the low 8 bits of `value`.
+void sendByte(std::int32_t unitKind, std::int32_t selector, std::int32_t value);

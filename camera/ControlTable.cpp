@@ -46,10 +46,6 @@ constexpr std::array<std::int32_t, 3> unitIDs{extensionUnitID, processingUnitID,
 
 }  // namespace
 
-std::span<const UVCControlInfo> controlTable() {
-    return table;
-}
-
 const UVCControlInfo* findControl(std::int32_t unitKind, std::int32_t selector) {
     if (unitKind < UNIT_XU || unitKind > UNIT_CT)
         return nullptr;

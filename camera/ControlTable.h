@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 /// One control of the camera. The unit ids are fixed; the camera's descriptors are not read.
 struct UVCControlInfo {
@@ -38,6 +37,10 @@ enum CameraTerminalSelector : std::int32_t {
     CT_PANTILT_ABSOLUTE_CONTROL = 13,       ///< two halves, arc seconds: pan, tilt
 };
 
+/// Values of CT_AE_MODE_CONTROL (UVC 1.1, 4.2.2.1.2) that the system uses.
+inline constexpr std::uint8_t exposureManual = 1;
+inline constexpr std::uint8_t exposureAutomatic = 8;  ///< aperture priority
+
 /// Selectors of the processing unit (UVC 1.1, table A-13); levels in the camera's own units.
 enum ProcessingUnitSelector : std::int32_t {
     PU_BACKLIGHT_COMPENSATION_CONTROL = 1,
@@ -70,9 +73,6 @@ enum ExtensionUnitSelector : std::int32_t {
     XU_FLIP_H = 25,        ///< horizontal flip, 1 on
     XU_AUDIO_SWITCH = 26,  ///< audio, 1 on; acts after the camera restarts
 };
-
-/// Returns every control that the system knows, in the table's order.
-std::span<const UVCControlInfo> controlTable();
 
 /// Returns the row of a selector of a unit kind, or null when there is none.
 const UVCControlInfo* findControl(std::int32_t unitKind, std::int32_t selector);

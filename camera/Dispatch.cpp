@@ -50,6 +50,7 @@ std::int64_t Capture_Transfer(std::uint32_t selector, std::int32_t direction, vo
     NSLog("g_length:%d", g_length);
     const std::int64_t status = g_uvcCamera->Capture_GetValue(kind, message);
     NSLog("g_length2:%d", g_length);
+    g_dataBuffer = nullptr;  // the caller's buffer need not outlive the call
     return status;
 }
 
@@ -58,4 +59,9 @@ void sendValue(std::int32_t unitKind, std::int32_t selector, std::span<const std
         return;
     g_length = static_cast<std::int32_t>(value.size());
     g_uvcCamera->Capture_SetValue(unitKind, selector, value.data());
+}
+
+void sendByte(std::int32_t unitKind, std::int32_t selector, std::int32_t value) {
+    const std::array byte{static_cast<std::uint8_t>(value)};
+    sendValue(unitKind, selector, byte);
 }

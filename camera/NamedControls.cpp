@@ -11,15 +11,6 @@
 
 namespace {
 
-/// Values of CT_AE_MODE_CONTROL (UVC 1.1, 4.2.2.1.2).
-constexpr std::int64_t manualMode = 1;
-constexpr std::int64_t aperturePriorityMode = 8;
-
-/// The controls whose names stand in for both a row of the table and its use below.
-constexpr UVCControlInfo autoExposure{cameraTerminalID, CT_AE_MODE_CONTROL, 1};
-constexpr UVCControlInfo autoWhiteBalance{processingUnitID,
-                                          PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL, 1};
-
 /// Puts a buffer of one's own in the place of the caller's for one read, and gives the transfer
 /// slots back afterwards.
 class OwnBuffer {
@@ -43,8 +34,8 @@ class OwnBuffer {
 };
 
 /// Drops the fraction; what no 64-bit integer can hold counts as 0.
-std::int64_t integerPart(float value) {
-    constexpr float limit = 0x1p63F;
+std::int64_t integerPart(double value) {
+    constexpr double limit = 0x1p63;
     return std::isfinite(value) && std::abs(value) < limit ? static_cast<std::int64_t>(value) : 0;
 }
 
@@ -70,22 +61,23 @@ UVCControlRange UVCCameraControl::getRangeForControl(const UVCControlInfo* contr
 }
 
 std::int8_t UVCCameraControl::setAutoExposure(bool automatic) {
-    return setData(automatic ? aperturePriorityMode : manualMode, autoExposure.size,
-                   autoExposure.selector, autoExposure.unit);
+    const UVCControlInfo* mode = findControl(UNIT_CT, CT_AE_MODE_CONTROL);
+    return setData(automatic ? exposureAutomatic : exposureManual, mode->size, mode->selector,
+                   mode->unit);
 }
 
 bool UVCCameraControl::getAutoExposure() {
-    return decodedReply(GET_CUR, autoExposure) == aperturePriorityMode;
+    return decodedReply(GET_CUR, *findControl(UNIT_CT, CT_AE_MODE_CONTROL)) == exposureAutomatic;
 }
 
 std::int8_t UVCCameraControl::setExposure(float value) {
-    return setValue(integerPart(1.0F - value),
+    return setValue(integerPart(1.0 - double{value}),
                     findControl(UNIT_CT, CT_EXPOSURE_TIME_ABSOLUTE_CONTROL));
 }
 
 float UVCCameraControl::getExposure() {
     const auto* control = findControl(UNIT_CT, CT_EXPOSURE_TIME_ABSOLUTE_CONTROL);
-    return 1.0F - static_cast<float>(decodedReply(GET_CUR, *control));
+    return static_cast<float>(1 - decodedReply(GET_CUR, *control));
 }
 
 std::int8_t UVCCameraControl::setGain(float value) {
@@ -137,12 +129,12 @@ float UVCCameraControl::getWhiteBalance() {
 }
 
 std::int8_t UVCCameraControl::setAutoWhiteBalance(bool automatic) {
-    return setData(automatic ? 1 : 0, autoWhiteBalance.size, autoWhiteBalance.selector,
-                   autoWhiteBalance.unit);
+    const UVCControlInfo* mode = findControl(UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL);
+    return setData(automatic ? 1 : 0, mode->size, mode->selector, mode->unit);
 }
 
 bool UVCCameraControl::getAutoWhiteBalance() {
-    return decodedReply(GET_CUR, autoWhiteBalance) != 0;
+    return levelOf(PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL) != 0;
 }
 
 std::int8_t UVCCameraControl::SetExpCompSwitch(std::int32_t value) {

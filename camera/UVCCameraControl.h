@@ -35,6 +35,7 @@ class UVCCameraControl {
     static std::unique_ptr<IOUSBInterfaceStruct190> getControlInferaceWithDeviceInterface(
         const IOUSBDeviceStruct942& deviceInterface);
 
+    /// A note of the caller's own; sent nowhere.
     std::int32_t bAutoFocus() const { return _bAutoFocus; }
     void setBAutoFocus(std::int32_t autoFocus) { _bAutoFocus = autoFocus; }
 
@@ -57,7 +58,9 @@ class UVCCameraControl {
     std::int64_t getDataFor(std::int32_t code, std::int32_t withLength, std::int32_t fromSelector,
                             std::int32_t at);
 
+    /// Reads the control's current value into `g_dataBuffer`, in the table's size.
     std::int64_t getValueForControl(const UVCControlInfo* control);
+    /// Writes the control in the table's size.
     std::int8_t setValue(std::int64_t value, const UVCControlInfo* forControl);
 
     // Dispatch by unit kind and selector; a pair that no control has is answered with 0.
@@ -69,7 +72,9 @@ class UVCCameraControl {
     /// others `g_length` little-endian bytes, at most the control's size.
     std::int8_t Capture_SetValue(std::int32_t unitKind, std::int32_t MessageID, const void* val);
 
-    // Single controls by name. Readers decode the reply; a read that fails counts as a reply of 0.
+    // Single controls by name, in the camera's units; a float loses its fraction, and one that no
+    // 64-bit integer can hold counts as 0. Statuses as everywhere. Readers decode the reply; a read
+    // that fails counts as a reply of 0.
 
     /// The least and greatest value that the camera gives (the first 32 bits of a wider control).
     UVCControlRange getRangeForControl(const UVCControlInfo* control);

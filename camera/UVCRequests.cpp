@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <span>
 
 #include "camera/ByteOrder.h"
@@ -93,7 +92,8 @@ std::int8_t UVCCameraControl::setData(std::int64_t value, std::int32_t withLengt
 /// Asks the camera for a vendor control's length, leaves it in `g_length` and clears the receive
 /// buffer, which has `room` bytes.
 std::int64_t UVCCameraControl::readLengthOfControl(std::int32_t selector, std::int32_t room) {
-    if (room < lengthReplySize) {
+    // The length goes on the wire in 16 bits.
+    if (room < 0 || (room & 0xFFFF) < lengthReplySize) {
         NSLog("CameraControl Error: No room for a control's length in %d bytes", room);
         return 1;
     }

@@ -56,7 +56,7 @@ void ViewController::RegisterHidEvent() {
 
 void ViewController::processAddDeviceEventWithNotification(const NSNotification& notification) {
     NSLog("processAddDeviceEventWithNotification123\n");
-    const AVCaptureDevice& device = notification.object;
+    const AVCaptureDevice& device = notification.object.value();
     if (!device.hasMediaType(AVMediaTypeVideo))
         return;
     NSLog("%@", device.uniqueID());
@@ -70,7 +70,7 @@ void ViewController::processAddDeviceEventWithNotification(const NSNotification&
 
 void ViewController::processRemoveDeviceEventWithNotification(const NSNotification& notification) {
     NSLog("processRemoveDeviceEventWithNotification\n");
-    const AVCaptureDevice& device = notification.object;
+    const AVCaptureDevice& device = notification.object.value();
     if (!device.hasMediaType(AVMediaTypeVideo))
         return;
     const std::string fullName = device.localizedName();

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <array>
-#include <memory>
 #include <string_view>
 #include <vector>
-
-class AVCaptureSession;
 
 /// One attached video camera: two UTF-8 texts of at most 63 bytes, each ended by zero bytes. A
 /// longer name keeps its start and a longer identifier its end, which holds the USB ids; both are
@@ -18,9 +15,6 @@ struct CameraEntry {
 /// The attached video cameras in the order in which they were found. Entry i and item i of the
 /// camera combo box belong to the same camera, and the item is the entry's name.
 extern std::vector<CameraEntry> g_deviceList;
-
-/// The session that feeds the preview; empty until the first open.
-extern std::shared_ptr<AVCaptureSession> g_captureSession;
 
 /// Returns as much of a display name as a `CameraEntry` holds; names are compared in this form.
 std::string_view entryName(std::string_view localizedName);

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "app/ViewController.h"
 #include "camera/CameraFunctions.h"
 #include "devices/CameraList.h"
+#include "devices/CaptureSession.h"
 #include "pages/vendor/VendorPage.h"
 #include "platform/AVCaptureDevice.h"
 #include "platform/AVCaptureSession.h"

@@ -1,7 +1,6 @@
 #include "platform/AVCaptureSession.h"
 
 #include <mutex>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -14,9 +13,9 @@ namespace {
 platform::VideoLimits limitsOf(AVCaptureSessionPreset preset) {
     switch (preset) {
         case AVCaptureSessionPreset::medium:
-            break;
+            return {640, 480};
     }
-    return {640, 480};
+    return {};
 }
 
 }  // namespace
@@ -90,6 +89,7 @@ void AVCaptureSession::setSessionPreset(AVCaptureSessionPreset preset) {
 }
 
 void AVCaptureSession::addInput(std::unique_ptr<AVCaptureDeviceInput> input) {
+    stopRunning();
     input_ = std::move(input);
 }
 

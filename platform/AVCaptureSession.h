@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -51,7 +50,7 @@ class AVCaptureSession {
 
     void setSessionPreset(AVCaptureSessionPreset preset);
 
-    /// Adds the session's one input.
+    /// Adds the session's one input, in the place of one before; stops a running session.
     void addInput(std::unique_ptr<AVCaptureDeviceInput> input);
 
     /// Starts the flow of video; without an input there is none.
@@ -63,8 +62,7 @@ class AVCaptureSession {
     /// What the preview layers show: the latest frame, or null before the first.
     std::shared_ptr<const platform::VideoFrame> latestFrame() const;
 
-    /// Calls `handler` on the main thread after each change of `latestFrame`, until `watcher` is
-    /// destroyed.
+    /// Marks `watcher` for drawing after each change of `latestFrame`, as long as it lives.
     void watchFrames(std::weak_ptr<CALayer> watcher);
 
   private:

@@ -31,7 +31,7 @@ class CALayer {
     void setBackgroundColor(const CGColor& color);
     const std::optional<CGColor>& backgroundColor() const { return backgroundColor_; }
 
-    /// Adds `sublayer` above the others; a layer has one superlayer at the most.
+    /// Adds `sublayer`, which has no superlayer yet, above the others.
     void addSublayer(const std::shared_ptr<CALayer>& sublayer);
     const std::vector<std::shared_ptr<CALayer>>& sublayers() const { return sublayers_; }
 

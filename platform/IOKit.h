@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -28,6 +27,7 @@ struct CFNumber {
     std::int32_t value = 0;
 };
 
+/// Makes a number of the type.
 CFNumber CFNumberCreate(CFNumberType type, std::int32_t value);
 
 /// What a service must be: its class, and the numbers that its properties must equal.

@@ -3,16 +3,27 @@
 #include <functional>
 #include <memory>
 
+#include "platform/NSNotificationCenter.h"
+#include "platform/NSObject.h"
 #include "platform/NSViewController.h"
+
+/// The running application, as the sender of what its delegate hears.
+class NSApplication : public NSObject {};
+
+/// The names of the notifications that an application's delegate hears; they are about no device.
+inline constexpr NSNotificationName NSApplicationDidFinishLaunchingNotification =
+    "NSApplicationDidFinishLaunchingNotification";
+inline constexpr NSNotificationName NSApplicationWillTerminateNotification =
+    "NSApplicationWillTerminateNotification";
 
 /// Hears of the application's start and end.
 class NSApplicationDelegate {
   public:
     virtual ~NSApplicationDelegate() = default;
-    virtual void applicationDidFinishLaunching() = 0;
-    virtual void applicationWillTerminate() = 0;
+    virtual void applicationDidFinishLaunching(const NSNotification& notification) = 0;
+    virtual void applicationWillTerminate(const NSNotification& notification) = 0;
     /// Whether closing the last window ends the process.
-    virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
+    virtual bool applicationShouldTerminateAfterLastWindowClosed(NSApplication& sender) = 0;
 };
 
 /// The classes that the application loop makes objects of.

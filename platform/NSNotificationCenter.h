@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -11,10 +12,10 @@
 /// The name of a kind of notification; a constant text.
 using NSNotificationName = std::string_view;
 
-/// One event: its name and the device that it is about.
+/// One event: its name and the device that it is about, if it is about one.
 struct NSNotification {
     NSNotificationName name;
-    AVCaptureDevice object;
+    std::optional<AVCaptureDevice> object;
 };
 
 /// Hands notifications to whoever subscribed. Notifications are delivered on the main thread.

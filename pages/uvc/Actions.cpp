@@ -24,11 +24,6 @@ void sliderMoved(const ViewController& controller, const SliderControl& control,
         readGainBack();
 }
 
-void sendByte(UnitKind unit, std::int32_t selector, int value) {
-    const std::array byte{static_cast<std::uint8_t>(value)};
-    sendValue(unit, selector, byte);
-}
-
 /// Gives the sliders of `unit` that no automatic mode holds their defaults, as the user would.
 void resetSliders(const ViewController& controller, UnitKind unit) {
     for (const SliderControl* control : standard::sliders) {
@@ -68,8 +63,7 @@ void ViewController::OnBtnAutoFocus(const NSButton& sender) {
 
 void ViewController::OnBtnAutoExposure(const NSButton& sender) {
     const int state = sender.state();
-    sendByte(UNIT_CT, CT_AE_MODE_CONTROL,
-             state == 1 ? standard::exposureAutomatic : standard::exposureManual);
+    sendByte(UNIT_CT, CT_AE_MODE_CONTROL, state == 1 ? exposureAutomatic : exposureManual);
     m_sliderAutoExposure.setEnabled(state != 1);
     OnSliderAutoExposure(m_sliderAutoExposure);
 }

@@ -128,7 +128,7 @@ std::int32_t exposureIndex(std::int32_t time) {
 
 void loadExposure(ViewController& controller, SharedBuffer& buffer) {
     buffer.read(CT_AE_MODE_CONTROL, UNIT_CT);
-    const bool automatic = buffer.first(1)[0] == standard::exposureAutomatic;
+    const bool automatic = buffer.first(1)[0] == exposureAutomatic;
     controller.m_btnAutoExposure.setState(automatic ? 1 : 0);
     controller.m_sliderAutoExposure.setEnabled(!automatic);
     buffer.read(CT_EXPOSURE_TIME_ABSOLUTE_CONTROL, UNIT_CT);

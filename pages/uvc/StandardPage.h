@@ -52,10 +52,6 @@ inline constexpr std::array sliders{ENUMERATE_STANDARD_SLIDERS(ADDRESS_OF_ROW)};
 /// Arc seconds in a degree: the camera's unit and the sliders' unit of pan and tilt.
 inline constexpr std::int32_t arcSecondsPerDegree = 3600;
 
-/// Exposure modes (UVC 1.1, 4.2.2.1.2) that the page uses.
-inline constexpr std::uint8_t exposureManual = 1;
-inline constexpr std::uint8_t exposureAutomatic = 8;  ///< aperture priority
-
 /// Power-line frequencies (UVC 1.1, 4.2.2.3.6).
 inline constexpr std::uint8_t powerLine50Hz = 1;
 inline constexpr std::uint8_t powerLine60Hz = 2;

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "camera/CameraFunctions.h"
 #include "pages/vendor/ShowAlert.h"
 #include "pages/vendor/VendorPage.h"
 #include "platform/NSLog.h"
@@ -27,7 +28,7 @@ void sliderMoved(ViewController& controller, const ValueControl& control, const 
         vendor::setGainRange(controller, control, vendor::readGainRange());
     const int number = sender.intValue();
     vendor::chooseNumber(controller.*control.list, number);
-    vendor::send(control.selector, number);
+    sendByte(UNIT_XU, control.selector, number);
 }
 
 void numberChosen(ViewController& controller, const ValueControl& control,
@@ -37,7 +38,7 @@ void numberChosen(ViewController& controller, const ValueControl& control,
         NSLog("spin:%@", title);
     const int number = std::atoi(title.c_str());  // NOLINT(cert-err34-c): a list holds numbers
     (controller.*control.slider).setIntValue(number);
-    vendor::send(control.selector, number);
+    sendByte(UNIT_XU, control.selector, number);
 }
 
 /// Shows and sends the state that the click has given a switch.
@@ -47,7 +48,7 @@ void switchClicked(ViewController& controller, const SwitchControl& control) {
     const NSButton& button = controller.*control.button;
     const bool on = button.state() == 1;
     vendor::showSwitch(button, on);
-    vendor::send(control.selector, on ? control.valueForOn : 1 - control.valueForOn);
+    sendByte(UNIT_XU, control.selector, on ? control.valueForOn : 1 - control.valueForOn);
     if (control.selector == XU_COMP_SWITCH) {
         controller.m_SpinCompValue.setEnabled(on);
         controller.m_SliderCompValue.setEnabled(on);
@@ -57,7 +58,7 @@ void switchClicked(ViewController& controller, const SwitchControl& control) {
 void styleClicked(ViewController& controller, std::int32_t style, const NSButton& button) {
     controller.DisCheckAllStyle();
     button.setState(1);
-    vendor::send(XU_STYLE, style);
+    sendByte(UNIT_XU, XU_STYLE, style);
 }
 
 }  // namespace
@@ -89,7 +90,7 @@ ENUMERATE_PICTURE_STYLES(DEFINE_STYLE)
 void ViewController::OnBtnRestore(const NSButton& /*sender*/) {
     if (ShowAlert(alertTitle, "Restore to default settings?", 1) == 0)
         return;
-    vendor::send(XU_RESTORE, 1);
+    sendByte(UNIT_XU, XU_RESTORE, 1);
     InitXUPage(*this);
     ReadConfig_UVC();
     InitUVCPage();

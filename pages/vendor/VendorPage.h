@@ -70,9 +70,6 @@ void fillList(const NSPopUpButton& list, std::int32_t highest, std::int32_t lowe
 /// Chooses the number in `list`.
 void chooseNumber(const NSPopUpButton& list, std::int32_t number);
 
-/// Sends the low 8 bits of `value` to the open camera.
-void send(std::int32_t selector, std::int32_t value);
-
 /// Shows a switch on or off: its state, then its image.
 void showSwitch(const NSButton& button, bool on);
 

@@ -1,6 +1,5 @@
 // How the vendor page's widgets show a value.
 
-#include <array>
 #include <string>
 
 #include "camera/CameraFunctions.h"
@@ -36,11 +35,6 @@ void chooseNumber(const NSPopUpButton& list, std::int32_t number) {
 void showSwitch(const NSButton& button, bool on) {
     button.setState(on ? 1 : 0);
     button.setImage(NSImage::imageNamed(on ? "button_on.png" : "button_off.png"));
-}
-
-void send(std::int32_t selector, std::int32_t value) {
-    const std::array byte{static_cast<std::uint8_t>(value)};
-    sendValue(UNIT_XU, selector, byte);
 }
 
 }  // namespace vendor

@@ -21,6 +21,7 @@ class VideoSink {
   public:
     virtual ~VideoSink() = default;
 
+    /// Takes the next picture, at once: the source waits meanwhile.
     virtual void frame(VideoFrame frame) = 0;
 
     /// The source has stopped by itself; `reason` is a sentence for a person. Sent at most once.

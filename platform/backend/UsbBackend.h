@@ -39,7 +39,7 @@ class UsbInterface : public UsbNode {
     virtual IOReturn open() = 0;
 
     /// Sends one request on the default control pipe and waits for its end, at most as long as the
-    /// kernel's UVC driver waits (`controlTimeout`). For a read, fills at most `wLength` bytes.
+    /// kernel's UVC driver waits (5 s). For a read, fills at most `wLength` bytes.
     /// Sets `wLenDone`. Returns 0, or an errno value (ENODEV: the device is gone).
     virtual IOReturn controlRequest(IOUSBDevRequest& request) = 0;
 

@@ -54,11 +54,13 @@ void LinuxCapture::setListener(CaptureListener* listener) {
 }
 
 void LinuxCapture::takeEvents() {
+    bool lost = false;
     while (const auto event = feed_->next()) {
-        if (event->change == NodeFeed::Change::overflow) {
-            lookAgain();
+        // What is queued behind a loss is older than the new look, which comes when the queue is
+        // empty: until then the kernel drops further events without a word.
+        lost = lost || event->change == NodeFeed::Change::overflow;
+        if (lost)
             continue;
-        }
         const auto known = find(event->facts.syspath);
         if (event->change == NodeFeed::Change::left) {
             if (known)
@@ -67,6 +69,8 @@ void LinuxCapture::takeEvents() {
             add(std::make_shared<Device>(event->facts));
         }
     }
+    if (lost)
+        lookAgain();
 }
 
 /// Compares the list with what is attached, and makes up for the difference.

@@ -160,7 +160,7 @@ class Pipeline {
         if (mode.kind->picturesStandAlone)
             gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, nullptr, nullptr);
         if (!outcome_.stopped() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
-            append("videoscale") && append("videoconvert") && appendSink(limits))
+            append("videoconvertscale") && appendSink(limits))
             enter(GST_STATE_PLAYING);
     }
 

@@ -35,12 +35,13 @@ int runWindow(NSApplicationDelegate& delegate, NSViewController& controller) {
         return 1;
     }
     controller.viewDidLoad();
+    NSApplication running;
     QApplication::setQuitOnLastWindowClosed(
-        delegate.applicationShouldTerminateAfterLastWindowClosed());
+        delegate.applicationShouldTerminateAfterLastWindowClosed(running));
     show(window->widget());
-    delegate.applicationDidFinishLaunching();
+    delegate.applicationDidFinishLaunching({NSApplicationDidFinishLaunchingNotification, {}});
     const int status = QApplication::exec();
-    delegate.applicationWillTerminate();
+    delegate.applicationWillTerminate({NSApplicationWillTerminateNotification, {}});
     return status;
 }
 

@@ -5,9 +5,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
-#include <cstring>
+#include <limits>
 #include <numeric>
+#include <ostream>
 
 #include "camera/CameraFunctions.h"
 #include "camera/RequestCodes.h"
@@ -97,6 +99,10 @@ struct OpeningFault {
     std::int64_t result;
     std::vector<std::string> log;
 };
+
+void PrintTo(const OpeningFault& fault, std::ostream* out) {
+    *out << fault.name;
+}
 
 class OpeningFaultTest : public testing::TestWithParam<OpeningFault> {};
 

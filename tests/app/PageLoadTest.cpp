@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QLabel>
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "pages/vendor/VendorPage.h"
 #include "pages/vendor/VersionLabel.h"
@@ -26,7 +29,6 @@ constexpr ControlId xu(std::uint8_t selector) {
     return {16, selector};
 }
 
-/// Replies of 16 bits that no sane camera gives, for the controls of a page.
 std::vector<std::uint8_t> bytes16(int value) {
     return {static_cast<std::uint8_t>(value & 0xFF),
             static_cast<std::uint8_t>((value >> 8) & 0xFF)};
@@ -70,6 +72,7 @@ class PageLoadTest : public testing::Test {
 
     /// Gives one control a value and loads its page.
     void loadWith(ControlId control, const std::vector<std::uint8_t>& value) {
+        EXPECT_THAT(bench_.writes(), IsEmpty());  // showing a value never sends one
         bench_.set(control, value);
         control.unit == 16 ? loadVendorPage() : loadStandardPage();
     }
@@ -139,7 +142,6 @@ TEST_F(PageLoadTest, AutomaticModesDecideWhatIsEnabled) {
         EXPECT_EQ(bench_.shown("m_btn50HZ"), frequency == 1 ? "on" : "off");
         EXPECT_EQ(bench_.shown("m_btn60HZ"), frequency == 1 ? "off" : "on");
     }
-    EXPECT_THAT(bench_.writes(), IsEmpty());  // showing a value never sends one
 }
 
 TEST_F(PageLoadTest, ExposureShowsTheIndexOfItsTime) {
@@ -193,18 +195,22 @@ TEST_F(PageLoadTest, WithoutZoomThereIsNoPanAndTilt) {
 
 TEST_F(PageLoadTest, AControlThatDoesNotAnswerShowsTheOneBefore) {
     bench_.set(pu(7), bytes16(0x0142));
+    bench_.set(pu(10), bytes16(0x1901));
+    bench_.set(pu(4), bytes16(0x0001));
     bench_.camera().setFaults({.stalled = {pu(2), pu(8), pu(11), pu(5), ct(4)}});
     loadStandardPage();
     EXPECT_EQ(bench_.shown("m_textBright"), "0");  // nothing was before it
     EXPECT_EQ(bench_.shown("m_textSharpness"), std::to_string(0x0142));
-    EXPECT_EQ(bench_.shown("m_textExposure"),
-              bench_.shown("m_btnAutoExposure") == "on" ? std::to_string(8) : std::to_string(1));
+    EXPECT_EQ(bench_.shown("m_btnAutoWB"), "on");  // the temperature's low byte
+    EXPECT_FALSE(bench_.isEnabled("m_sliderWB"));
+    EXPECT_EQ(bench_.shown("m_btn50HZ"), "on");      // the gain's low byte
+    EXPECT_EQ(bench_.shown("m_textExposure"), "8");  // the exposure mode
 }
 
 TEST_F(PageLoadTest, VendorPageReadsEachControlOnceInOrder) {
     loadVendorPage();
     const auto requests = bench_.requests();
-    std::vector<std::string> selectors;  // the low byte of wIndex's unit and wValue's selector
+    std::vector<std::string> selectors;  // request code, selector and unit
     for (const std::string& request : requests)
         selectors.push_back(request.substr(3, 2) + " " + request.substr(6, 2) + " of " +
                             request.substr(11, 2));
@@ -270,7 +276,9 @@ TEST_F(PageLoadTest, SwitchesAndStylesShowTheirBytes) {
                                                 {25, "m_btnFlipH", false}}) {
         for (const int byte : {0, 1, 2, 255}) {
             loadWith(xu(static_cast<std::uint8_t>(selector)), {static_cast<std::uint8_t>(byte)});
-            EXPECT_EQ(bench_.shown(name), (byte == 0) == onAt0 ? "on" : "off") << name << byte;
+            const std::string state = (byte == 0) == onAt0 ? "on" : "off";
+            EXPECT_EQ(bench_.shown(name), state) << name << byte;
+            EXPECT_EQ(bench_.image(name), "button_" + state + ".png") << name << byte;
             if (selector == 10) {
                 EXPECT_EQ(bench_.isEnabled("m_SliderCompValue"), byte == 0);
                 EXPECT_EQ(bench_.isEnabled("m_SpinCompValue"), byte == 0);
@@ -323,9 +331,7 @@ TEST(VersionTextTest, AFullBufferIsAllText) {
     bench.open();
     InitXUPage(bench.controller());
     EXPECT_EQ(bench.shown("m_lableVersion"), model.version);
-    EXPECT_EQ(
-        dynamic_cast<QLabel&>(*bench.window().findChild<QLabel*>("m_lableVersion")).textFormat(),
-        Qt::PlainText);
+    EXPECT_EQ(bench.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
 }
 
 }  // namespace

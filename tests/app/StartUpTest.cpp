@@ -3,7 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/AppDelegate.h"
+#include <QToolButton>
+
 #include "devices/CameraList.h"
 #include "tests/support/WindowBench.h"
 
@@ -59,11 +60,10 @@ TEST(StartUpTest, PreparesThePagesAndOpensNoCamera) {
     }
     for (const char* name :
          {"m_btnCompSwitch", "m_btnH264Switch", "m_btnAudioSwitch", "m_btnFlipH", "m_btnFlipV"}) {
-        EXPECT_FALSE(bench.button(name).icon().isNull()) << name;
-        EXPECT_EQ(bench.shown(name), "off") << name;
+        EXPECT_EQ(bench.image(name), "button_off.png") << name;
+        EXPECT_TRUE(dynamic_cast<QToolButton&>(bench.button(name)).autoRaise()) << name;
     }
     EXPECT_THAT(bench.requests(), IsEmpty());
-    EXPECT_TRUE(AppDelegate().applicationShouldTerminateAfterLastWindowClosed());
 }
 
 TEST(StartUpTest, ListsTheVideoCamerasInOrderAndShowsTheFirst) {
@@ -85,6 +85,7 @@ TEST(StartUpTest, WithoutACameraTheListStaysEmptyUntilOneArrives) {
     bench.bus().plugMicrophone("microphone", "A microphone");
     bench.start();
     EXPECT_THAT(listed(bench).items, IsEmpty());
+    EXPECT_THAT(listed(bench).cameras, IsEmpty());
     EXPECT_EQ(listed(bench).shown, "");
     EXPECT_THAT(bench.log().take(), ElementsAre("kkk:1"));
 
@@ -114,6 +115,7 @@ TEST(CameraListTest, FollowsCamerasAndSkipsMicrophones) {
                 ElementsAre("processRemoveDeviceEventWithNotification", "Second"));
 
     bench.bus().plug(second);
+    EXPECT_EQ(listed(bench).shown, "");  // an arrival changes no text while others are listed
     bench.bus().unplug(bench.cameraReference());
     bench.bus().plug(bench.cameraReference());
     EXPECT_THAT(listed(bench).items, ElementsAre("Second", "Quelvo Studio Camera"));
@@ -137,6 +139,9 @@ TEST(CameraListTest, CutsLongNamesBetweenCharactersAndFindsThemAgain) {
     name += "\u00e9 with more behind";
     const auto camera = bench.plugAnother(name);
     EXPECT_EQ(listed(bench).items[1], std::string(62, 'n'));
+    bench.list("m_cbxDevice").setCurrentIndex(1);
+    bench.buttonSending("OnBtnOpenCamera:").click();
+    EXPECT_FALSE(camera->requests().empty());
     bench.bus().unplug(camera);
     EXPECT_THAT(listed(bench).items, ElementsAre("Quelvo Studio Camera"));
     EXPECT_THAT(bench.log().take("n"), ElementsAre(name));
@@ -145,6 +150,14 @@ TEST(CameraListTest, CutsLongNamesBetweenCharactersAndFindsThemAgain) {
     EXPECT_EQ(listed(bench).items[1], "Bro\uFFFDken  [1m");
     bench.bus().unplug(broken);
     EXPECT_THAT(listed(bench).items, SizeIs(1));
+}
+
+TEST(CameraListTest, CutsLongIdentifiersToTheirEnd) {
+    const std::string ids = "e7a14c10";
+    EXPECT_EQ(entryUniqueID(std::string(70, 'x') + ids), std::string(55, 'x') + ids);
+    // Never in the middle of a character: two bytes of it go, not one.
+    EXPECT_EQ(entryUniqueID("0\u00e9" + std::string(54, 'x') + ids), std::string(54, 'x') + ids);
+    EXPECT_EQ(entryUniqueID(ids), ids);
 }
 
 TEST(CameraListTest, ALeavingNameThatIsNotListedChangesNothing) {

@@ -148,9 +148,10 @@ TEST_F(CaptureList, MakesUpForLostEvents) {
     capture.setListener(this);
     feed->present = {camera("1-3", "C"), camera("1-2", "other"), camera("1-4", "D")};
     feed->put(Change::overflow);
-    // What was already in the queue is told by the new look as well.
+    // What was already in the queue is older than the new look: C has come back since.
     feed->put(Change::arrived, camera("1-4", "D"));
     feed->put(Change::left, camera("1-1", "A"));
+    feed->put(Change::left, camera("1-3", "C"));
     takeEvents();
     EXPECT_THAT(announced, ElementsAre("-A", "-B", "+other", "+D"));
     EXPECT_THAT(names(), ElementsAre("C", "other", "D"));

@@ -17,7 +17,7 @@ std::vector<std::string> happened;
 
 class Delegate : public NSApplicationDelegate {
   public:
-    void applicationDidFinishLaunching() override {
+    void applicationDidFinishLaunching(const NSNotification& /*notification*/) override {
         happened.emplace_back("launched");
         platform::postToMainThread([] {
             for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -28,8 +28,12 @@ class Delegate : public NSApplicationDelegate {
             }
         });
     }
-    void applicationWillTerminate() override { happened.emplace_back("terminating"); }
-    bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
+    void applicationWillTerminate(const NSNotification& /*notification*/) override {
+        happened.emplace_back("terminating");
+    }
+    bool applicationShouldTerminateAfterLastWindowClosed(NSApplication& /*sender*/) override {
+        return true;
+    }
 };
 
 class Controller : public NSViewController {

@@ -14,14 +14,14 @@ namespace {
 
 constexpr std::uint8_t hostToInterface = 0x21;
 
+}  // namespace
+
 std::string wireText(const virtualcam::RequestRecord& record) {
     return fmt::format("{:02x} {:02x} {:04x} {:04x} {}{}{:02x}{}", record.bmRequestType,
                        record.bRequest, record.wValue, record.wIndex, record.wLength,
                        record.data.empty() ? "" : " | ", fmt::join(record.data, " "),
                        record.result == 0 ? "" : " !");
 }
-
-}  // namespace
 
 CameraBench::CameraBench(virtualcam::CameraModel model)
     : camera_(std::make_shared<virtualcam::VirtualCamera>(std::move(model))) {

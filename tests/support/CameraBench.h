@@ -7,6 +7,10 @@
 #include "tests/support/TestLog.h"
 #include "virtualcam/DemoBus.h"
 
+/// Returns a request as its setup bytes and data: "21 01 0200 0300 2 | 64 00", and " !" behind a
+/// refused one.
+std::string wireText(const virtualcam::RequestRecord& record);
+
 /// A sane camera on a bus of its own, with the log recorded: what a test starts from before it
 /// breaks one thing. Puts the process-wide state back at its end.
 class CameraBench {
@@ -34,8 +38,7 @@ class CameraBench {
     /// Sets a control of the camera past the application, as the camera itself would.
     void set(virtualcam::ControlId control, std::vector<std::uint8_t> value);
 
-    /// Returns the requests that reached the camera since the last call, each as its setup bytes
-    /// and data: "21 01 0200 0300 2 | 64 00", and " !" behind a refused one.
+    /// Returns the requests that reached the camera since the last call.
     std::vector<std::string> requests();
 
     /// Returns only the writes among them.

@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include "devices/CameraList.h"
+#include "devices/CaptureSession.h"
 #include "platform/AVCaptureDevice.h"
 #include "platform/AVCaptureSession.h"
 
@@ -36,26 +37,6 @@ void WindowBench::pressOpen() {
     buttonSending("OnBtnOpenCamera:").click();
     log().take();
     requests();
-}
-
-QAbstractButton& WindowBench::buttonSending(const char* action) {
-    for (auto* candidate : window().findChildren<QAbstractButton*>())
-        if (candidate->property("action").toString() == QLatin1String(action))
-            return *candidate;
-    throw std::runtime_error(std::string("no button sends ") + action);
-}
-
-std::string WindowBench::shown(const char* name) {
-    auto* widget = find<QWidget>(name);
-    if (const auto* slider = qobject_cast<QSlider*>(widget))
-        return std::to_string(slider->value());
-    if (const auto* list = qobject_cast<QComboBox*>(widget))
-        return list->currentText().toStdString();
-    if (const auto* label = qobject_cast<QLabel*>(widget))
-        return label->text().toStdString();
-    if (const auto* button = qobject_cast<QAbstractButton*>(widget))
-        return button->isChecked() ? "on" : "off";
-    throw std::runtime_error(std::string("shows nothing: ") + name);
 }
 
 bool WindowBench::waitUntil(const std::function<bool()>& condition) {

@@ -1,0 +1,65 @@
+#include "tests/support/WindowHands.h"
+
+#include <QApplication>
+#include <QLabel>
+
+QAbstractButton& WindowHands::buttonSending(const char* action) {
+    for (auto* candidate : window().findChildren<QAbstractButton*>())
+        if (candidate->property("action").toString() == QLatin1String(action))
+            return *candidate;
+    throw std::runtime_error(std::string("no button sends ") + action);
+}
+
+std::string WindowHands::shown(const char* name) {
+    auto* widget = find<QWidget>(name);
+    if (const auto* slider = qobject_cast<QSlider*>(widget))
+        return std::to_string(slider->value());
+    if (const auto* list = qobject_cast<QComboBox*>(widget))
+        return list->currentText().toStdString();
+    if (const auto* label = qobject_cast<QLabel*>(widget))
+        return label->text().toStdString();
+    if (const auto* button = qobject_cast<QAbstractButton*>(widget))
+        return button->isChecked() ? "on" : "off";
+    throw std::runtime_error(std::string("shows nothing: ") + name);
+}
+
+std::string WindowHands::image(const char* name) {
+    const auto drawn = [this, name](const QIcon& icon) {
+        return icon.pixmap(button(name).iconSize()).toImage();
+    };
+    for (const char* resource : {"button_on.png", "button_off.png"})
+        if (drawn(button(name).icon()) ==
+            drawn(QIcon(QLatin1String(":/") + QLatin1String(resource))))
+            return resource;
+    return {};
+}
+
+void WindowHands::moveSlider(const char* name, int number) {
+    slider(name).setValue(number);  // by hand: not through the controller's reference
+    QCoreApplication::processEvents();
+}
+
+void WindowHands::choose(const char* name, const char* title) {
+    QComboBox& chosen = list(name);
+    chosen.setCurrentText(title);
+    emit chosen.activated(chosen.currentIndex());
+    QCoreApplication::processEvents();
+}
+
+void WindowHands::click(const char* name) {
+    button(name).click();
+    QCoreApplication::processEvents();
+}
+
+NextBox::NextBox(QMessageBox::ButtonRole answer) {
+    QObject::connect(&timer_, &QTimer::timeout, [this, answer] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr)
+            return;
+        said_ = box->windowTitle().toStdString() + ": " + box->text().toStdString();
+        for (auto* button : box->buttons())
+            if (box->buttonRole(button) == answer)
+                button->click();
+    });
+    timer_.start(0);
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QSlider>
+#include <QTimer>
+#include <QWidget>
+
+/// Looks at a window's widgets and works them as its user does. They go by their outlets' names; a
+/// wrong name or kind fails the test.
+class WindowHands {
+  public:
+    virtual ~WindowHands() = default;
+
+    virtual QWidget& window() = 0;
+
+    QSlider& slider(const char* name) { return *find<QSlider>(name); }
+    QComboBox& list(const char* name) { return *find<QComboBox>(name); }
+    QAbstractButton& button(const char* name) { return *find<QAbstractButton>(name); }
+
+    /// The button without an outlet that sends this action.
+    QAbstractButton& buttonSending(const char* action);
+
+    /// The number or the text that a widget shows: a slider, a list, a label or a button's state.
+    std::string shown(const char* name);
+    bool isEnabled(const char* name) { return find<QWidget>(name)->isEnabled(); }
+
+    /// The name of the resource image that a button shows, or "" for none of the switch images.
+    std::string image(const char* name);
+
+    /// Moves a slider as the user does with the keyboard, and lets its action be sent.
+    void moveSlider(const char* name, int number);
+    void choose(const char* name, const char* title);
+    void click(const char* name);
+
+    template <class Widget>
+    Widget* find(const char* name) {
+        auto* widget = window().findChild<Widget*>(QLatin1String(name));
+        if (widget == nullptr)
+            throw std::runtime_error(std::string("no such widget: ") + name);
+        return widget;
+    }
+};
+
+/// Answers the next box with the button of this role, and keeps what it said.
+class NextBox {
+  public:
+    explicit NextBox(QMessageBox::ButtonRole answer);
+
+    const std::string& said() const { return said_; }
+
+  private:
+    QTimer timer_;
+    std::string said_;
+};
