@@ -59,7 +59,7 @@ std::optional<std::string> takeLastCharacters(std::string_view& text, int count)
 std::int32_t HexToInt(const char* text) {
     std::uint32_t accumulator = 0;
     for (; *text != '\0'; ++text) {
-        const int c = static_cast<signed char>(*text);
+        const int c = static_cast<std::int8_t>(*text);  // NOLINT(bugprone-signed-char-misuse)
         const int zero = c >= 'A' && c <= 'F' ? 'A' - 10 : c >= 'a' && c <= 'f' ? 'a' - 10 : '0';
         accumulator = accumulator * 16U + static_cast<std::uint32_t>(c - zero);
     }

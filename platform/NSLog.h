@@ -24,7 +24,7 @@ void logFormatDoesNotFitItsValues();
 /// Returns whether a value of `Type` fits the conversion `%` + `length` + `conversion`:
 /// `d` and `x` take 32 bits, `ld` 64 bits, `@` a text.
 template <class Type>
-consteval bool fitsConversion(bool isLong, char conversion) {
+constexpr bool fitsConversion(bool isLong, char conversion) {
     if constexpr (std::is_convertible_v<Type, std::string_view>)
         return conversion == '@' && !isLong;
     else if (conversion == 'x')
@@ -49,7 +49,7 @@ class LogFormat {
 
   private:
     template <class Value>
-    static consteval bool takesNext(std::string_view& rest) {
+    static constexpr bool takesNext(std::string_view& rest) {
         const auto percent = rest.find('%');
         if (percent == std::string_view::npos)
             return false;
