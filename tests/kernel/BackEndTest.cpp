@@ -125,7 +125,7 @@ TEST_F(BackEnds, EveryControlIsWrittenAndReadWithItsExactBytes) {
     const auto interface = bench.openInterface(0);
     for (auto [mode, value] : kManualModes)
         ASSERT_EQ(transfer(*interface, SET_CUR, mode, value), 0);
-    for (const ControlRow& row : studioControls()) {
+    for (const ControlRow& row : plugged.camera().model().controls) {
         SCOPED_TRACE(testing::Message()
                      << "unit " << +row.id.unit << " selector " << +row.id.selector);
         plugged.camera().clearRequests();

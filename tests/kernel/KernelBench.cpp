@@ -20,6 +20,16 @@ std::string identifierEnd(const virtualcam::CameraModel& model, unsigned port) {
     return text.data();
 }
 
+/// UVC counts the contrast without a sign (UVC 1.1, 4.2.2.3.4), and so does the kernel's driver;
+/// the built-in camera takes the window's whole range.
+virtualcam::CameraModel honest(virtualcam::CameraModel model) {
+    for (virtualcam::ControlRow& row : model.controls)
+        if (row.id ==
+            virtualcam::ControlId{virtualcam::kProcessingUnit, virtualcam::PU_CONTRAST_CONTROL})
+            row.limits.minimum = 0;
+    return model;
+}
+
 }  // namespace
 
 bool waitUntil(const std::function<bool()>& done) {
@@ -60,7 +70,7 @@ KernelBench::~KernelBench() {
 PluggedCamera KernelBench::plug(const virtualcam::CameraModel& model, unsigned port) {
     PluggedCamera plugged;
     plugged.port = std::make_unique<usbip::UsbipCamera>(
-        std::make_shared<virtualcam::VirtualCamera>(model), port);
+        std::make_shared<virtualcam::VirtualCamera>(honest(model)), port);
     const std::string identifier = identifierEnd(model, port);
     const auto find = [&] {
         const auto found =

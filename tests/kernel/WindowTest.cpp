@@ -1,28 +1,14 @@
 #include <gmock/gmock.h>
 
-#include <QAbstractButton>
-#include <QAbstractSlider>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QWidget>
 #include <set>
 
-#include "app/ViewController.h"
-#include "camera/UVCCameraControl.h"
-#include "devices/CameraList.h"
-#include "platform/AVCaptureSession.h"
-#include "platform/backend/Backends.h"
-#include "platform/qt/Interface.h"
 #include "tests/kernel/FrameCatcher.h"
-#include "tests/kernel/KernelBench.h"
+#include "tests/kernel/KernelWindow.h"
 #include "virtualcam/DemoBus.h"
 
 using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of controls throughout
 
 namespace {
-
-constexpr const char* kOpenError = "ERROR: trying to open camera: ";
 
 /// A control's value inside the camera, and how a widget shows it.
 struct Shown {
@@ -34,12 +20,12 @@ struct Shown {
 
 /// Every value differs from its default. The modes stand first: they hold what follows.
 const std::vector<Shown> kShown{
-    {{kCameraTerminal, virtualcam::CT_AE_MODE_CONTROL}, {1}, "m_btnAutoExposure", "0"},
-    {{kCameraTerminal, virtualcam::CT_FOCUS_AUTO_CONTROL}, {0}, "m_btnAutoFocus", "0"},
+    {{kCameraTerminal, virtualcam::CT_AE_MODE_CONTROL}, {1}, "m_btnAutoExposure", "off"},
+    {{kCameraTerminal, virtualcam::CT_FOCUS_AUTO_CONTROL}, {0}, "m_btnAutoFocus", "off"},
     {{kProcessingUnit, virtualcam::PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL},
      {0},
      "m_btnAutoWB",
-     "0"},
+     "off"},
     {{kCameraTerminal, virtualcam::CT_EXPOSURE_TIME_ABSOLUTE_CONTROL},
      {80, 0, 0, 0},
      "m_textExposure",
@@ -67,101 +53,24 @@ const std::vector<Shown> kShown{
      "m_textBackLight",
      "2"},
     {{kProcessingUnit, virtualcam::PU_GAIN_CONTROL}, {11, 0}, "m_sliderGain", "11"},
-    {{kProcessingUnit, virtualcam::PU_POWER_LINE_FREQUENCY_CONTROL}, {1}, "m_btn50HZ", "1"},
-    {{}, {}, "m_btn60HZ", "0"},
+    {{kProcessingUnit, virtualcam::PU_POWER_LINE_FREQUENCY_CONTROL}, {1}, "m_btn50HZ", "on"},
+    {{}, {}, "m_btn60HZ", "off"},
     {{kVendorUnit, virtualcam::XU_NR2D}, {5}, "m_SliderNR2D", "5"},
     {{kVendorUnit, virtualcam::XU_NR3D}, {2}, "m_btnNR3D", "2"},
-    {{kVendorUnit, virtualcam::XU_COMP_SWITCH}, {0}, "m_btnCompSwitch", "1"},
+    {{kVendorUnit, virtualcam::XU_COMP_SWITCH}, {0}, "m_btnCompSwitch", "on"},
     {{kVendorUnit, virtualcam::XU_COMP_VALUE}, {0xFD, 0xFF}, "m_SpinCompValue", "-3"},
     {{kVendorUnit, virtualcam::XU_DRC}, {6, 0}, "m_btnDrc", "6"},
-    {{kVendorUnit, virtualcam::XU_STYLE}, {3}, "m_btnStylePC", "1"},
+    {{kVendorUnit, virtualcam::XU_STYLE}, {3}, "m_btnStylePC", "on"},
     {{kVendorUnit, virtualcam::XU_BGAIN}, {0xFC, 0xFF}, "m_btnBgain", "-4"},
     {{kVendorUnit, virtualcam::XU_RGAIN}, {7, 0}, "m_SpinRgain", "7"},
-    {{kVendorUnit, virtualcam::XU_H264_SWITCH}, {0}, "m_btnH264Switch", "0"},
-    {{kVendorUnit, virtualcam::XU_FLIP_V}, {1}, "m_btnFlipV", "1"},
-    {{kVendorUnit, virtualcam::XU_FLIP_H}, {1}, "m_btnFlipH", "1"},
-    {{kVendorUnit, virtualcam::XU_AUDIO_SWITCH}, {1}, "m_btnAudioSwitch", "1"},
+    {{kVendorUnit, virtualcam::XU_H264_SWITCH}, {0}, "m_btnH264Switch", "off"},
+    {{kVendorUnit, virtualcam::XU_FLIP_V}, {1}, "m_btnFlipV", "on"},
+    {{kVendorUnit, virtualcam::XU_FLIP_H}, {1}, "m_btnFlipH", "on"},
+    {{kVendorUnit, virtualcam::XU_AUDIO_SWITCH}, {1}, "m_btnAudioSwitch", "on"},
     {{}, {}, "m_lableVersion", "v3 V9.2.4"},
 };
 
-/// What a widget shows: its number, its text, or 1 for on.
-std::string shownBy(QWidget* widget) {
-    if (const auto* slider = qobject_cast<QAbstractSlider*>(widget))
-        return std::to_string(slider->value());
-    if (const auto* list = qobject_cast<QComboBox*>(widget))
-        return list->currentText().toStdString();
-    if (const auto* button = qobject_cast<QAbstractButton*>(widget))
-        return button->isChecked() ? "1" : "0";
-    if (const auto* label = qobject_cast<QLabel*>(widget))
-        return label->text().toStdString();
-    const auto* line = qobject_cast<QLineEdit*>(widget);
-    return line != nullptr ? line->text().toStdString() : "no such widget";
-}
-
-/// The program's window on the real back ends.
-class Window : public testing::Test {
-  protected:
-    Window() {
-        platform::installBackends({&usb_, &capture_, &log});
-        platform::startDeviceNotifications();
-        window_ = platform::InterfaceWindow::load(controller_);
-        controller_.viewDidLoad();
-        window_->widget().show();
-    }
-    ~Window() override {
-        g_captureSession.reset();
-        g_uvcCamera.reset();
-        window_.reset();
-        platform::stopDeviceNotifications();
-        platform::installBackends({});
-    }
-
-    template <class Widget = QWidget>
-    Widget* find(const char* name) {
-        return window_->widget().findChild<Widget*>(QString::fromLatin1(name));
-    }
-
-    std::vector<std::string> listed() {
-        std::vector<std::string> names;
-        const auto* list = find<QComboBox>("m_cbxDevice");
-        for (int i = 0; i < list->count(); ++i)
-            names.push_back(list->itemText(i).toStdString());
-        return names;
-    }
-
-    bool waitForList(const std::vector<std::string>& names) {
-        return waitUntil([&] { return listed() == names; });
-    }
-
-    /// Plugs in and waits until the window lists it as well.
-    PluggedCamera plug(const CameraModel& model, unsigned port) {
-        std::vector<std::string> names = listed();
-        names.push_back(model.name);
-        PluggedCamera plugged = bench.plug(model, port);
-        EXPECT_TRUE(waitForList(names));
-        return plugged;
-    }
-
-    void clickOpen() {
-        for (auto* button : window_->widget().findChildren<QAbstractButton*>())
-            if (button->property("action").toString() == QLatin1String("OnBtnOpenCamera:"))
-                return button->click();
-        ADD_FAILURE() << "no open button";
-    }
-
-    static bool waitForPicture() {
-        return waitUntil([] { return g_captureSession->latestFrame() != nullptr; });
-    }
-
-    SharedLog log;
-    KernelBench bench;
-
-  private:
-    platform::LinuxUsb usb_;
-    platform::LinuxCapture capture_;
-    ViewController controller_;
-    std::unique_ptr<platform::InterfaceWindow> window_;
-};
+class Window : public testing::Test, public KernelWindow {};
 
 }  // namespace
 
@@ -172,11 +81,11 @@ TEST_F(Window, OpenedCameraFillsBothPagesAndIsShown) {
             setInside(plugged.camera(), row.id, row.value);
     clickOpen();
     for (const Shown& row : kShown)
-        EXPECT_EQ(shownBy(find(row.widget)), row.text) << row.widget;
+        EXPECT_EQ(shown(row.widget), row.text) << row.widget;
     EXPECT_EQ(log.count("CameraControl Error:"), 0);
 
     ASSERT_TRUE(waitForPicture());
-    const QImage seen = find("m_previewWnd")->grab().toImage();
+    const QImage seen = find<QWidget>("m_previewWnd")->grab().toImage();
     std::set<QRgb> colours;
     for (int x = 0; x < seen.width(); ++x)
         colours.insert(seen.pixel(x, seen.height() / 2));
@@ -187,21 +96,21 @@ TEST_F(Window, OpenedCameraFillsBothPagesAndIsShown) {
 TEST_F(Window, ListFollowsThePorts) {
     EXPECT_TRUE(listed().empty());
     auto classic = plug(classicCamera(), 1);
-    EXPECT_EQ(shownBy(find("m_cbxDevice")), "Quelvo Classic Camera");
+    EXPECT_EQ(shown("m_cbxDevice"), "Quelvo Classic Camera");
     auto studio = plug(studioCamera(), 0);
-    EXPECT_EQ(shownBy(find("m_cbxDevice")), "Quelvo Classic Camera");
+    EXPECT_EQ(shown("m_cbxDevice"), "Quelvo Classic Camera");
     bench.unplug(classic);
     EXPECT_TRUE(waitForList({"Quelvo Studio Camera"}));
-    EXPECT_EQ(shownBy(find("m_cbxDevice")), "");
+    EXPECT_EQ(shown("m_cbxDevice"), "");
 }
 
 TEST_F(Window, CameraWithoutLensSwitchesItsWidgetsOff) {
     const auto plugged = plug(classicCamera(), 0);
     clickOpen();
     for (const char* name : {"m_sliderZoom", "m_sliderFocus", "m_btnAutoFocus", "m_sliderPano"})
-        EXPECT_FALSE(find(name)->isEnabled()) << name;
-    EXPECT_TRUE(find("m_sliderBright")->isEnabled());
-    EXPECT_EQ(shownBy(find("m_lableVersion")), "v1 SOC:V1.0.5");
+        EXPECT_FALSE(isEnabled(name)) << name;
+    EXPECT_TRUE(isEnabled("m_sliderBright"));
+    EXPECT_EQ(shown("m_lableVersion"), "v1 SOC:V1.0.5");
 }
 
 TEST_F(Window, CameraPulledOutWhilePreviewingIsToldOnce) {
@@ -221,8 +130,8 @@ TEST_F(Window, CameraPulledOutWhileItsPagesLoadEndsTheLoad) {
     faults.vanishesAfter = 9;
     plugged.camera().setFaults(faults);
     clickOpen();
-    EXPECT_EQ(shownBy(find("m_lableVersion")), "Get device info failed!");
-    EXPECT_FALSE(find("m_sliderZoom")->isEnabled());
+    EXPECT_EQ(shown("m_lableVersion"), "Get device info failed!");
+    EXPECT_FALSE(isEnabled("m_sliderZoom"));
     EXPECT_GT(log.count("CameraControl Error:"), 0);
     EXPECT_TRUE(waitForList({}));
 }
@@ -239,7 +148,7 @@ TEST_F(Window, CameraThatAnotherProgramShowsCanStillBeTuned) {
     clickOpen();
     EXPECT_TRUE(waitUntil([&] { return log.count(kOpenError) > 0; }));
     EXPECT_EQ(log.count(kOpenError), 1);
-    EXPECT_EQ(shownBy(find("m_sliderBright")), "3");
+    EXPECT_EQ(shown("m_sliderBright"), "3");
     const int before = other.state().frames;
     EXPECT_TRUE(waitUntil([&] { return other.state().frames > before; }));
 }
