@@ -80,53 +80,15 @@ float UVCCameraControl::getExposure() {
     return static_cast<float>(1 - decodedReply(GET_CUR, *control));
 }
 
-std::int8_t UVCCameraControl::setGain(float value) {
-    return setValue(integerPart(value), findControl(UNIT_PU, PU_GAIN_CONTROL));
-}
-
-float UVCCameraControl::getGain() {
-    return levelOf(PU_GAIN_CONTROL);
-}
-
-std::int8_t UVCCameraControl::setBrightness(float value) {
-    return setValue(integerPart(value), findControl(UNIT_PU, PU_BRIGHTNESS_CONTROL));
-}
-
-float UVCCameraControl::getBrightness() {
-    return levelOf(PU_BRIGHTNESS_CONTROL);
-}
-
-std::int8_t UVCCameraControl::setContrast(float value) {
-    return setValue(integerPart(value), findControl(UNIT_PU, PU_CONTRAST_CONTROL));
-}
-
-float UVCCameraControl::getContrast() {
-    return levelOf(PU_CONTRAST_CONTROL);
-}
-
-std::int8_t UVCCameraControl::setSaturation(float value) {
-    return setValue(integerPart(value), findControl(UNIT_PU, PU_SATURATION_CONTROL));
-}
-
-float UVCCameraControl::getSaturation() {
-    return levelOf(PU_SATURATION_CONTROL);
-}
-
-std::int8_t UVCCameraControl::setSharpness(float value) {
-    return setValue(integerPart(value), findControl(UNIT_PU, PU_SHARPNESS_CONTROL));
-}
-
-float UVCCameraControl::getSharpness() {
-    return levelOf(PU_SHARPNESS_CONTROL);
-}
-
-std::int8_t UVCCameraControl::setWhiteBalance(float value) {
-    return setValue(integerPart(value), findControl(UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_CONTROL));
-}
-
-float UVCCameraControl::getWhiteBalance() {
-    return levelOf(PU_WHITE_BALANCE_TEMPERATURE_CONTROL);
-}
+#define DEFINE_LEVEL(name, selector)                                                 \
+    std::int8_t UVCCameraControl::set##name(float value) {                           \
+        return setValue(integerPart(double{value}), findControl(UNIT_PU, selector)); \
+    }                                                                                \
+    float UVCCameraControl::get##name() {                                            \
+        return levelOf(selector);                                                    \
+    }
+ENUMERATE_NAMED_LEVELS(DEFINE_LEVEL)
+#undef DEFINE_LEVEL
 
 std::int8_t UVCCameraControl::setAutoWhiteBalance(bool automatic) {
     const UVCControlInfo* mode = findControl(UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL);

@@ -6,6 +6,15 @@
 #include "camera/ControlTable.h"
 #include "platform/IOKit.h"
 
+/// The processing unit's levels that have a writer and a reader by name: X(name, selector)
+#define ENUMERATE_NAMED_LEVELS(X)        \
+    X(Gain, PU_GAIN_CONTROL)             \
+    X(Brightness, PU_BRIGHTNESS_CONTROL) \
+    X(Contrast, PU_CONTRAST_CONTROL)     \
+    X(Saturation, PU_SATURATION_CONTROL) \
+    X(Sharpness, PU_SHARPNESS_CONTROL)   \
+    X(WhiteBalance, PU_WHITE_BALANCE_TEMPERATURE_CONTROL)
+
 /// The control channel to one camera: the camera's video-control interface, and every request that
 /// travels through it. It either has an interface for its whole life or never; without one, every
 /// request fails. Statuses are 0 for done and 1 for failed; each failure is logged once.
@@ -84,18 +93,11 @@ class UVCCameraControl {
     /// The exposure time is 1.0 minus the argument, in 100 microseconds, fraction dropped.
     std::int8_t setExposure(float value);
     float getExposure();
-    std::int8_t setGain(float value);
-    float getGain();
-    std::int8_t setBrightness(float value);
-    float getBrightness();
-    std::int8_t setContrast(float value);
-    float getContrast();
-    std::int8_t setSaturation(float value);
-    float getSaturation();
-    std::int8_t setSharpness(float value);
-    float getSharpness();
-    std::int8_t setWhiteBalance(float value);
-    float getWhiteBalance();
+#define DECLARE_LEVEL(name, selector)   \
+    std::int8_t set##name(float value); \
+    float get##name();
+    ENUMERATE_NAMED_LEVELS(DECLARE_LEVEL)
+#undef DECLARE_LEVEL
     std::int8_t setAutoWhiteBalance(bool automatic);
     bool getAutoWhiteBalance();
     std::int8_t SetExpCompSwitch(std::int32_t value);

@@ -47,7 +47,7 @@ class SharedBuffer {
   public:
     std::int64_t read(std::int32_t selector, UnitKind unit) {
         return Capture_Transfer(static_cast<std::uint32_t>(selector), captureRead, bytes_.data(),
-                                sizeof bytes_, unit);
+                                sizeof bytes_, static_cast<std::uint32_t>(unit));
     }
 
     std::span<const std::uint8_t> first(std::size_t count) const {

@@ -42,9 +42,10 @@ void loadVersion(ViewController& controller) {
 
 void loadStyle(ViewController& controller) {
     controller.DisCheckAllStyle();
-    const std::int8_t style = readValue(XU_STYLE);
-    if (style >= 0 && static_cast<std::size_t>(style) < vendor::styleButtons.size())
-        (controller.*vendor::styleButtons[static_cast<std::size_t>(style)]).setState(1);
+    // A negative style becomes a number that no style has.
+    const auto style = static_cast<std::uint8_t>(readValue(XU_STYLE));
+    if (style < vendor::styleButtons.size())
+        (controller.*vendor::styleButtons[style]).setState(1);
 }
 
 void loadSliders(ViewController& controller) {

@@ -5,7 +5,7 @@
 std::string versionLabel(std::int64_t readStatus, std::string_view version) {
     if (readStatus != 0)
         return "Get device info failed!";
-    const std::string text = platform::validUtf8(version);
+    std::string text = platform::validUtf8(version);
     const auto contains = [&text](std::string_view part) {
         return text.find(part) != std::string::npos;
     };
