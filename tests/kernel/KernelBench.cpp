@@ -20,7 +20,7 @@ std::string identifierEnd(const virtualcam::CameraModel& model, unsigned port) {
     return text.data();
 }
 
-/// UVC counts the contrast without a sign (UVC 1.1, 4.2.2.3.4), and so does the kernel's driver;
+/// UVC counts the contrast without a sign (UVC 1.1, 4.2.2.3.3), and so does the kernel's driver;
 /// the built-in camera takes the window's whole range.
 virtualcam::CameraModel honest(virtualcam::CameraModel model) {
     for (virtualcam::ControlRow& row : model.controls)

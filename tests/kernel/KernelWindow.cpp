@@ -27,6 +27,7 @@ KernelWindow::~KernelWindow() {
 std::vector<std::string> KernelWindow::listed() {
     std::vector<std::string> names;
     const QComboBox& cameras = list("m_cbxDevice");
+    names.reserve(static_cast<std::size_t>(cameras.count()));
     for (int i = 0; i < cameras.count(); ++i)
         names.push_back(cameras.itemText(i).toStdString());
     return names;
