@@ -28,7 +28,6 @@ using virtualcam::Faults;
 
 constexpr ControlId version{16, XU_VERSION};
 constexpr ControlId flipH{16, XU_FLIP_H};
-constexpr ControlId compensation{16, XU_COMP_VALUE};
 constexpr ControlId brightness{3, PU_BRIGHTNESS_CONTROL};
 
 /// A 64-byte buffer whose bytes count up, so that any byte written where none belongs shows.
