@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QToolButton>
+#include <set>
 
 #include "devices/CameraList.h"
 #include "tests/support/WindowBench.h"
@@ -44,6 +45,30 @@ std::vector<std::string> numbersDown(int highest, int lowest) {
     for (; highest >= lowest; --highest)
         texts.push_back(std::to_string(highest));
     return texts;
+}
+
+TEST(StartUpTest, EveryOutletAndEveryActionHasItsOneWidget) {
+    WindowBench bench;
+    EXPECT_THAT(bench.controller().outlets(), SizeIs(60));
+    for (const auto& outlet : bench.controller().outlets()) {
+        const QLatin1String name(outlet.name.data(), static_cast<qsizetype>(outlet.name.size()));
+        EXPECT_THAT(bench.window().findChildren<QWidget*>(name), SizeIs(1)) << outlet.name;
+    }
+    std::set<std::string> sent;
+    std::set<QString> spoken;
+    for (const auto* widget : bench.window().findChildren<QWidget*>()) {
+        const std::string action = widget->property("action").toString().toStdString();
+        if (action.empty())
+            continue;
+        EXPECT_TRUE(sent.insert(action).second) << action;
+        EXPECT_TRUE(spoken.insert(widget->accessibleName()).second) << action;
+        EXPECT_FALSE(widget->accessibleName().isEmpty()) << action;
+        EXPECT_EQ(widget->focusPolicy() & Qt::StrongFocus, Qt::StrongFocus) << action;
+    }
+    std::set<std::string> offered;
+    for (const NSAction& action : bench.controller().actions())
+        offered.emplace(action.selector);
+    EXPECT_EQ(sent, offered);
 }
 
 TEST(StartUpTest, PreparesThePagesAndOpensNoCamera) {
