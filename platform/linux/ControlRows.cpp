@@ -29,9 +29,7 @@ constexpr ControlRow rows[] = {
     {cameraTerminal, 13, 4, true, {V4L2_CID_PAN_ABSOLUTE, V4L2_CID_TILT_ABSOLUTE}, {}},
     {processingUnit, 1, 2, false, {V4L2_CID_BACKLIGHT_COMPENSATION}, {}},
     {processingUnit, 2, 2, true, {V4L2_CID_BRIGHTNESS}, {}},
-    // UVC's contrast has no sign, but the window's may go below 0, and -5 as 65531 would be taken
-    // for the highest contrast there is. The price: a contrast above 32767 can't be read.
-    {processingUnit, 3, 2, true, {V4L2_CID_CONTRAST}, {}},
+    {processingUnit, 3, 2, false, {V4L2_CID_CONTRAST}, {}},
     {processingUnit, 4, 2, false, {V4L2_CID_GAIN}, {}},
     {processingUnit, 5, 1, false, {V4L2_CID_POWER_LINE_FREQUENCY}, {}},
     {processingUnit, 6, 2, true, {V4L2_CID_HUE}, {}},

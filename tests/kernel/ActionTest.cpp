@@ -99,8 +99,8 @@ struct Action {
 const std::vector<Action> kActions{
     {"m_sliderBright", "-10", {"21 01 0200 0300 2 | f6 ff"}},
     {"m_sliderContrast", "3", {"21 01 0300 0300 2 | 03 00"}},
-    // This camera's contrast ends at 0, and the driver sends what is nearest.
-    {"m_sliderContrast", "-5", {"21 01 0300 0300 2 | 00 00"}},
+    // The bytes fb ff are more than any contrast, as it has no sign: the driver sends the highest.
+    {"m_sliderContrast", "-5", {"21 01 0300 0300 2 | ff 00"}},
     {"m_sliderHue", "-7", {"21 01 0600 0300 2 | f9 ff"}},
     {"m_sliderSaturation", "150", {"21 01 0700 0300 2 | 96 00"}},
     {"m_sliderSharpness", "2", {"21 01 0800 0300 2 | 02 00"}},

@@ -121,8 +121,8 @@ TEST_F(ControlRequests, ReachEveryStandardControlByItsV4l2Control) {
          {36000, -7200}},
         {3, 1, {V4L2_CID_BACKLIGHT_COMPENSATION}, {2, 0}, {2}},
         {3, 2, {V4L2_CID_BRIGHTNESS}, {0xF6, 0xFF}, {-10}},
-        {3, 3, {V4L2_CID_CONTRAST}, {0xFB, 0xFF}, {-5}},
-        {3, 4, {V4L2_CID_GAIN}, {0x00, 0x80}, {32768}},
+        {3, 3, {V4L2_CID_CONTRAST}, {0x00, 0x80}, {32768}},
+        {3, 4, {V4L2_CID_GAIN}, {7, 0}, {7}},
         {3, 5, {V4L2_CID_POWER_LINE_FREQUENCY}, {2}, {V4L2_CID_POWER_LINE_FREQUENCY_60HZ}},
         {3, 6, {V4L2_CID_HUE}, {0x00, 0x80}, {-32768}},
         {3, 7, {V4L2_CID_SATURATION}, {64, 0}, {64}},
@@ -237,10 +237,10 @@ TEST_F(ControlRequests, TellTheCapabilitiesFromTheFlags) {
 
 TEST_F(ControlRequests, RefuseWhatV4l2CannotCarry) {
     EXPECT_EQ(send(setCur, 1, 4, {0, 0, 0, 0x80}), ERANGE);
-    expectControls(VIDIOC_G_EXT_CTRLS, {V4L2_CID_GAIN}, {65536});
-    EXPECT_EQ(send(getCur, 3, 4, {0, 0}), ERANGE);
-    expectControls(VIDIOC_G_EXT_CTRLS, {V4L2_CID_GAIN}, {-1});
-    EXPECT_EQ(send(getCur, 3, 4, {0, 0}), ERANGE);
+    expectControls(VIDIOC_G_EXT_CTRLS, {V4L2_CID_CONTRAST}, {65536});
+    EXPECT_EQ(send(getCur, 3, 3, {0, 0}), ERANGE);
+    expectControls(VIDIOC_G_EXT_CTRLS, {V4L2_CID_CONTRAST}, {-1});
+    EXPECT_EQ(send(getCur, 3, 3, {0, 0}), ERANGE);
     expectControls(VIDIOC_G_EXT_CTRLS, {V4L2_CID_HUE}, {32768});
     EXPECT_EQ(send(getCur, 3, 6, {0, 0}), ERANGE);
 }
