@@ -1,4 +1,5 @@
-// How far the camera lags behind the hand that drags a slider, when each of its answers takes long.
+// What a person waits for on a camera whose every answer takes its time: a slider that is dragged,
+// and the pages being filled.
 
 #include <benchmark/benchmark.h>
 
@@ -67,8 +68,9 @@ struct Drag {
     int moved = 0;           ///< positions of the slider
     int sent = 0;            ///< positions that the camera was asked for
     bool lastSent = false;   ///< the camera has the position at which the hand let go
-    double lagAtEnd = 0;     ///< from there until the camera had it, in answers
-    double greatestLag = 0;  ///< from any position sent until the camera had it, in answers
+    double lagAtEnd = 0;     ///< from there until the camera had it, in answer times
+    double greatestLag = 0;  ///< from any position sent until the camera had it, in answer times
+    int mostAnswers = 0;     ///< the answers within that time, its own included
 };
 
 /// Sees a drag from all three sides: the hand, the slider and the camera.
@@ -99,9 +101,12 @@ class DragWatch : public QObject {
             const auto answered = answered_.at(static_cast<std::size_t>(drag.sent++));
             const auto value =
                 static_cast<std::int16_t>(request.data.at(0) | request.data.at(1) << 8);
-            const double lag =
-                Milliseconds(answered - hand.timeOf(step_.at(value))) / Milliseconds(kAnswer);
-            drag.greatestLag = std::max(drag.greatestLag, lag);
+            const auto moved = hand.timeOf(step_.at(value));
+            const auto answers = std::ranges::count_if(
+                answered_, [&](Clock::time_point at) { return at > moved && at <= answered; });
+            drag.mostAnswers = std::max(drag.mostAnswers, static_cast<int>(answers));
+            drag.greatestLag =
+                std::max(drag.greatestLag, Milliseconds(answered - moved) / Milliseconds(kAnswer));
             drag.lastSent = value == slider_.value();
             drag.lagAtEnd =
                 Milliseconds(answered - hand.timeOf(kPositions)) / Milliseconds(kAnswer);
@@ -135,6 +140,7 @@ void dragBrightness(benchmark::State& state) {
         worst.lastSent = worst.lastSent && drag.lastSent;
         worst.lagAtEnd = std::max(worst.lagAtEnd, drag.lagAtEnd);
         worst.greatestLag = std::max(worst.greatestLag, drag.greatestLag);
+        worst.mostAnswers = std::max(worst.mostAnswers, drag.mostAnswers);
         worst.moved += drag.moved;
         worst.sent += drag.sent;
     }
@@ -143,10 +149,33 @@ void dragBrightness(benchmark::State& state) {
     const auto mean = benchmark::Counter::kAvgIterations;
     state.counters["moved"] = benchmark::Counter(worst.moved, mean);
     state.counters["sent"] = benchmark::Counter(worst.sent, mean);
-    state.counters["answers_behind_at_end"] = worst.lagAtEnd;
-    state.counters["answers_behind_at_most"] = worst.greatestLag;
+    state.counters["answers_until_sent"] = worst.mostAnswers;
+    state.counters["lag_at_end"] = worst.lagAtEnd;
+    state.counters["lag_at_most"] = worst.greatestLag;
 }
 BENCHMARK(dragBrightness)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+
+/// From the click on the open button until both pages are filled. The counter `ratio` compares it
+/// with the time in which the camera made its answers.
+void openCamera(benchmark::State& state) {
+    WindowBench bench;
+    Milliseconds answers{0};
+    bench.camera().setWait([&answers](std::chrono::milliseconds time) {
+        const auto start = Clock::now();
+        std::this_thread::sleep_for(time);
+        answers += Clock::now() - start;
+    });
+    bench.camera().setFaults({.delay = std::chrono::milliseconds(state.range(0))});
+    Milliseconds total{0};
+    for ([[maybe_unused]] auto iteration : state) {
+        const auto start = Clock::now();
+        bench.pressOpen();
+        QCoreApplication::processEvents();
+        total += Clock::now() - start;
+    }
+    state.counters["ratio"] = total / answers;
+}
+BENCHMARK(openCamera)->Arg(1)->Arg(5)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 
