@@ -20,7 +20,7 @@ void sliderMoved(const ViewController& controller, const SliderControl& control,
     const int number = sender.intValue();
     standard::showNumber(controller, control, number);
     standard::sendNumber(controller, control, number);
-    if (control.selector == PU_GAIN_CONTROL && control.unit == UNIT_PU)
+    if (&control == &standard::gain)
         readGainBack();
 }
 
