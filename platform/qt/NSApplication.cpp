@@ -15,8 +15,8 @@ void nameApplication() {
     QApplication::setApplicationName(QStringLiteral("quelvo"));
     QApplication::setDesktopFileName(QStringLiteral("quelvo"));
     QIcon icon;
-    for (const char* file : {":/quelvo-32.png", ":/quelvo-64.png", ":/quelvo-128.png"})
-        icon.addFile(QString::fromLatin1(file));
+    for (const int size : {16, 24, 32, 48, 64, 128, 256})
+        icon.addFile(QStringLiteral(":/quelvo-%1.png").arg(size));
     QApplication::setWindowIcon(icon);
 }
 
