@@ -15,7 +15,7 @@ void nameApplication() {
     QApplication::setApplicationName(QStringLiteral("quelvo"));
     QApplication::setDesktopFileName(QStringLiteral("quelvo"));
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128, 256})
+    for (const int size : {16, 24, 32, 48, 64, 128})
         icon.addFile(QStringLiteral(":/quelvo-%1.png").arg(size));
     QApplication::setWindowIcon(icon);
 }
