@@ -33,7 +33,7 @@ void Actions::connectAction(QWidget& widget, const NSAction& action) {
     if (auto* slider = qobject_cast<QAbstractSlider*>(&widget))
         connectSlider(*slider, target);
     else if (auto* button = qobject_cast<QAbstractButton*>(&widget))
-        connectButton(*button, target);
+        connect(button, &QAbstractButton::clicked, this, [this, &target] { sendNow(target); });
     else if (auto* list = qobject_cast<QComboBox*>(&widget))
         connect(list, &QComboBox::activated, this, [this, &target] { sendNow(target); });
 }
@@ -41,17 +41,6 @@ void Actions::connectAction(QWidget& widget, const NSAction& action) {
 void Actions::connectSlider(QAbstractSlider& slider, Target& target) {
     connect(&slider, &QAbstractSlider::valueChanged, this, [this, &target] { sendSoon(target); });
     connect(&slider, &QAbstractSlider::sliderReleased, this, &Actions::flush);
-}
-
-void Actions::connectButton(QAbstractButton& button, Target& target) {
-    connect(&button, &QAbstractButton::clicked, this, [this, &target] { sendNow(target); });
-    // Assistive technology toggles a button without a click. When a click is what toggles it, the
-    // click follows at once and takes this one's place. An exclusive button is only ever switched
-    // off by another one, which sends its own action.
-    connect(&button, &QAbstractButton::toggled, this, [this, &button, &target](bool checked) {
-        if (checked || !button.autoExclusive())
-            sendSoon(target);
-    });
 }
 
 void Actions::settle(const QWidget* widget) {

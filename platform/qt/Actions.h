@@ -6,7 +6,6 @@
 #include <vector>
 
 class NSViewController;
-class QAbstractButton;
 class QAbstractSlider;
 class QWidget;
 struct NSAction;
@@ -39,7 +38,6 @@ class Actions : public QObject {
     struct Target;
 
     void connectSlider(QAbstractSlider& slider, Target& target);
-    void connectButton(QAbstractButton& button, Target& target);
     void sendSoon(Target& target);
     void sendNow(Target& target);
     void perform(const Target& target);

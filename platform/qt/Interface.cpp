@@ -8,8 +8,10 @@
 #include <string>
 
 #include "platform/NSViewController.h"
+#include "platform/qt/Accessibility.h"
 #include "platform/qt/Actions.h"
 #include "platform/qt/ImageView.h"
+#include "platform/qt/Look.h"
 #include "platform/qt/WidgetPeer.h"
 #include "platform/qt/Widgets.h"
 
@@ -75,6 +77,7 @@ std::unique_ptr<InterfaceWindow> InterfaceWindow::load(NSViewController& control
     QFile file(QStringLiteral(":/MainWindow.ui"));
     if (!file.open(QIODevice::ReadOnly))
         return nullptr;
+    installLook();
     std::unique_ptr<QWidget> window(Loader().load(&file));
     if (!window)
         return nullptr;
@@ -86,6 +89,7 @@ InterfaceWindow::InterfaceWindow(NSViewController& controller, std::unique_ptr<Q
       window_(std::move(window)),
       actions_(std::make_unique<Actions>(controller, *window_)) {
     guardWheel(*window_);
+    makeAccessible(*window_);
     connectOutlets();
     connectActions();
     controller.setTitleHandler(

@@ -1,0 +1,74 @@
+#include "platform/qt/Accessibility.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAccessibleWidget>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+
+namespace platform {
+
+namespace {
+
+/// A button that is on or off. To toggle it is to click it: the toolkit's own way sets the state
+/// past the click, and does nothing to a radio button that is on already.
+class ToggleInterface : public QAccessibleWidget {
+  public:
+    ToggleInterface(QAbstractButton& button, QAccessible::Role role)
+        : QAccessibleWidget(&button, role), button_(button) {}
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.checkable = true;
+        state.checked = button_.isChecked();
+        return state;
+    }
+
+    QStringList actionNames() const override {
+        QStringList names = QAccessibleWidget::actionNames();
+        if (button_.isEnabled())
+            names.prepend(toggleAction());
+        return names;
+    }
+
+    void doAction(const QString& name) override {
+        if (name != toggleAction())
+            QAccessibleWidget::doAction(name);
+        else  // later, as the click may ask the user something while the caller waits
+            QMetaObject::invokeMethod(&button_, &QAbstractButton::click, Qt::QueuedConnection);
+    }
+
+  private:
+    QAbstractButton& button_;
+};
+
+QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+    auto* button = qobject_cast<QAbstractButton*>(object);
+    if (button == nullptr || !button->isCheckable() || button->accessibleName().isEmpty())
+        return nullptr;
+    const bool isRadio = qobject_cast<QRadioButton*>(button) != nullptr;
+    return new ToggleInterface(*button, isRadio ? QAccessible::RadioButton : QAccessible::CheckBox);
+}
+
+/// The toolkit gives a list's choice as its name, and takes what it is called from a label.
+void nameList(QComboBox& list) {
+    const QString name = list.accessibleName();
+    auto* label = new QLabel(name, list.parentWidget());
+    label->setBuddy(&list);
+    label->hide();
+    list.view()->setAccessibleName(name);
+    if (list.lineEdit() != nullptr)
+        list.lineEdit()->setAccessibleName(name);
+}
+
+}  // namespace
+
+void makeAccessible(QWidget& window) {
+    QAccessible::installFactory(makeInterface);
+    for (auto* list : window.findChildren<QComboBox*>())
+        nameList(*list);
+}
+
+}  // namespace platform
