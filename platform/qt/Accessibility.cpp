@@ -3,10 +3,13 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
+
+#include "platform/qt/Widgets.h"
 
 namespace platform {
 
@@ -45,11 +48,13 @@ class ToggleInterface : public QAccessibleWidget {
 };
 
 QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+    if (auto* radio = qobject_cast<QRadioButton*>(object))
+        return new ToggleInterface(*radio, QAccessible::RadioButton);
     auto* button = qobject_cast<QAbstractButton*>(object);
-    if (button == nullptr || !button->isCheckable() || button->accessibleName().isEmpty())
-        return nullptr;
-    const bool isRadio = qobject_cast<QRadioButton*>(button) != nullptr;
-    return new ToggleInterface(*button, isRadio ? QAccessible::RadioButton : QAccessible::CheckBox);
+    if (qobject_cast<QCheckBox*>(object) != nullptr ||
+        dynamic_cast<ImageToggle*>(object) != nullptr)
+        return new ToggleInterface(*button, QAccessible::CheckBox);
+    return nullptr;
 }
 
 /// The toolkit gives a list's choice as its name, and takes what it is called from a label.
@@ -65,8 +70,11 @@ void nameList(QComboBox& list) {
 
 }  // namespace
 
-void makeAccessible(QWidget& window) {
+void installAccessibility() {
     QAccessible::installFactory(makeInterface);
+}
+
+void nameLists(QWidget& window) {
     for (auto* list : window.findChildren<QComboBox*>())
         nameList(*list);
 }

@@ -78,6 +78,7 @@ std::unique_ptr<InterfaceWindow> InterfaceWindow::load(NSViewController& control
     if (!file.open(QIODevice::ReadOnly))
         return nullptr;
     installLook();
+    installAccessibility();
     std::unique_ptr<QWidget> window(Loader().load(&file));
     if (!window)
         return nullptr;
@@ -89,7 +90,7 @@ InterfaceWindow::InterfaceWindow(NSViewController& controller, std::unique_ptr<Q
       window_(std::move(window)),
       actions_(std::make_unique<Actions>(controller, *window_)) {
     guardWheel(*window_);
-    makeAccessible(*window_);
+    nameLists(*window_);
     connectOutlets();
     connectActions();
     controller.setTitleHandler(

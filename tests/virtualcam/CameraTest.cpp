@@ -1,10 +1,9 @@
-#include "virtualcam/VirtualCamera.h"
+// The camera and its bus, as far as the application's tests do not see them.
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
-#include <chrono>
-#include <ranges>
+#include <condition_variable>
 
 #include "virtualcam/DemoBus.h"
 
@@ -12,287 +11,157 @@ namespace virtualcam {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr ControlId kBrightness{kProcessingUnit, PU_BRIGHTNESS_CONTROL};
-constexpr ControlId kTemperature{kProcessingUnit, PU_WHITE_BALANCE_TEMPERATURE_CONTROL};
-constexpr ControlId kAutoWhite{kProcessingUnit, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL};
-constexpr ControlId kAeMode{kCameraTerminal, CT_AE_MODE_CONTROL};
-constexpr ControlId kExposure{kCameraTerminal, CT_EXPOSURE_TIME_ABSOLUTE_CONTROL};
-constexpr ControlId kFocus{kCameraTerminal, CT_FOCUS_ABSOLUTE_CONTROL};
-constexpr ControlId kAutoFocus{kCameraTerminal, CT_FOCUS_AUTO_CONTROL};
-constexpr ControlId kZoom{kCameraTerminal, CT_ZOOM_ABSOLUTE_CONTROL};
-constexpr ControlId kPanTilt{kCameraTerminal, CT_PANTILT_ABSOLUTE_CONTROL};
-constexpr ControlId kRedGain{kVendorUnit, XU_RGAIN};
-constexpr ControlId kStyle{kVendorUnit, XU_STYLE};
-constexpr ControlId kVersion{kVendorUnit, XU_VERSION};
-constexpr ControlId kRestore{kVendorUnit, XU_RESTORE};
-constexpr ControlId kErrorCode{kInterfaceUnit, VC_REQUEST_ERROR_CODE_CONTROL};
-
-IOUSBDevRequest setup(std::uint8_t type, std::uint8_t code, ControlId id, Bytes& data) {
-    return {type,
-            code,
-            static_cast<std::uint16_t>(id.selector << 8),
-            static_cast<std::uint16_t>(id.unit << 8),
-            static_cast<std::uint16_t>(data.size()),
-            data.data(),
-            0};
+/// Sends one request; `data` becomes what the camera answers. Returns the reason of a refusal.
+RequestError send(VirtualCamera& camera, std::uint8_t code, ControlId id, Bytes& data) {
+    const std::uint8_t type = code == SET_CUR ? 0x21 : 0xA1;
+    IOUSBDevRequest request{type,
+                            code,
+                            static_cast<std::uint16_t>(id.selector << 8),
+                            static_cast<std::uint16_t>(id.unit << 8),
+                            static_cast<std::uint16_t>(data.size()),
+                            data.data(),
+                            0};
+    if (camera.controlRequest(request) == EPIPE) {
+        Bytes error(1);
+        send(camera, GET_CUR, {kInterfaceUnit, VC_REQUEST_ERROR_CODE_CONTROL}, error);
+        return RequestError{error[0]};
+    }
+    data.resize(request.bRequest == SET_CUR ? data.size() : request.wLenDone);
+    return RequestError::none;
 }
 
-/// A sane camera; each test breaks one thing.
-class CameraTest : public testing::Test {
-  protected:
-    IOReturn send(std::uint8_t type, std::uint8_t code, ControlId id, Bytes data) {
-        IOUSBDevRequest request = setup(type, code, id, data);
-        return camera.controlRequest(request);
+Bytes read(VirtualCamera& camera, ControlId id, std::uint8_t code = GET_CUR) {
+    Bytes data(32);
+    send(camera, code, id, data);
+    return data;
+}
+
+TEST(CameraTest, TakesWhatIsLegalAndRefusesAllElse) {
+    using enum RequestError;
+    VirtualCamera camera(studioCamera());
+    for (auto& [code, unit, selector, data, outcome] :
+         std::vector<std::tuple<int, int, int, Bytes, RequestError>>{
+             {SET_CUR, 3, 2, {0xFF, 0x00}, none},
+             {SET_CUR, 3, 2, {0x01, 0xFF}, none},
+             {SET_CUR, 3, 2, {0x00, 0x01}, outOfRange},
+             {SET_CUR, 3, 2, {0x00, 0xFF}, outOfRange},
+             {SET_CUR, 3, 2, {1, 0, 0}, invalidRequest},
+             {GET_CUR, 3, 2, Bytes(1), invalidRequest},
+             {GET_LEN, 3, 2, Bytes(2), invalidRequest},
+             {SET_CUR, 3, 12, {1, 0}, invalidControl},
+             {SET_CUR, 2, 2, {1, 0}, invalidUnit},
+             {SET_CUR, 3, 10, {0xF0, 0x0A}, wrongState},  // while the white balance is automatic
+             {SET_CUR, 1, 2, {4}, outOfRange},            // a mode that it does not have
+             {SET_CUR, 1, 2, {1 | 8}, outOfRange},        // two modes at once
+             {SET_CUR, 1, 13, {0x10, 0x0E, 0, 0, 0xE0, 0xE3, 0xFF, 0xFF}, none},
+             {SET_CUR, 1, 13, {1, 0, 0, 0, 0, 0, 0, 0}, outOfRange},  // between two steps
+             {SET_CUR, 16, XU_RGAIN, {0xF6, 0xFF}, none},
+             {SET_CUR, 16, XU_RGAIN, {0xFD, 0x00}, outOfRange},  // 253, not -3
+             {SET_CUR, 16, XU_RESTORE, {0}, outOfRange}}) {
+        const ControlId id{static_cast<std::uint8_t>(unit), static_cast<std::uint8_t>(selector)};
+        const Bytes before = read(camera, id);
+        const Bytes written = data;
+        EXPECT_EQ(send(camera, static_cast<std::uint8_t>(code), id, data), outcome)
+            << unit << ", " << selector << testing::PrintToString(data);
+        EXPECT_EQ(read(camera, id), outcome == none ? written : before);
     }
-
-    IOReturn write(ControlId id, const Bytes& data) { return send(0x21, SET_CUR, id, data); }
-
-    /// The bytes that the camera answers, none when it refuses; `room` as the host offers it.
-    Bytes read(ControlId id, std::uint8_t code = GET_CUR, std::size_t room = 32) {
-        Bytes data(room, 0xEE);
-        IOUSBDevRequest request = setup(0xA1, code, id, data);
-        status = camera.controlRequest(request);
-        data.resize(request.wLenDone);
-        return data;
-    }
-
-    RequestError lastError() { return static_cast<RequestError>(read(kErrorCode).at(0)); }
-
-    /// Has the camera deliver pictures, without looking at them.
-    void watch(int pictures) {
-        for (int i = 0; i < pictures; ++i)
-            camera.nextPicture();
-    }
-
-    VirtualCamera camera{studioCamera()};
-    IOReturn status = 0;
-};
-
-TEST_F(CameraTest, KeepsWhatItIsGiven) {
-    EXPECT_EQ(write(kBrightness, {3, 0}), 0);
-    EXPECT_THAT(read(kBrightness), ElementsAre(3, 0));
-    EXPECT_EQ(camera.picture().brightness, 3);
-
-    EXPECT_EQ(write(kRedGain, {0xFD, 0xFF}), 0);
-    EXPECT_THAT(read(kRedGain), ElementsAre(0xFD, 0xFF));
-    EXPECT_EQ(camera.picture().redGain, -3);
-
-    EXPECT_EQ(write(kPanTilt, {0xA0, 0x8C, 0, 0, 0xE0, 0xE3, 0xFF, 0xFF}), 0);
-    EXPECT_EQ(camera.picture().pan, 36000);
+    EXPECT_EQ(camera.picture().pan, 3600);
     EXPECT_EQ(camera.picture().tilt, -7200);
-    EXPECT_THAT(read(kPanTilt), ElementsAre(0xA0, 0x8C, 0, 0, 0xE0, 0xE3, 0xFF, 0xFF));
+    VirtualCamera classic(classicCamera());
+    Bytes zoom(2);
+    EXPECT_EQ(send(classic, GET_CUR, {kCameraTerminal, CT_ZOOM_ABSOLUTE_CONTROL}, zoom),
+              invalidControl);
 }
 
-TEST_F(CameraTest, TellsItsLimits) {
-    EXPECT_THAT(read(kRedGain, GET_MIN), ElementsAre(0xF6, 0xFF));
-    EXPECT_THAT(read(kRedGain, GET_MAX), ElementsAre(10, 0));
-    EXPECT_THAT(read(kRedGain, GET_LEN, 24), ElementsAre(2, 0));
-    EXPECT_THAT(read(kStyle, GET_LEN, 2), ElementsAre(1, 0));
-    EXPECT_THAT(read(kTemperature, GET_DEF), ElementsAre(0x64, 0x19));  // 6500 K
-    EXPECT_THAT(read(kPanTilt, GET_RES), ElementsAre(0x10, 0x0E, 0, 0, 0x10, 0x0E, 0, 0));
-    EXPECT_THAT(read(kAeMode, GET_RES), ElementsAre(1 | 8));
-    EXPECT_THAT(read(kVersion, GET_INFO), ElementsAre(kInfoGet));
-    EXPECT_THAT(read(kRestore, GET_INFO), ElementsAre(kInfoSet));
-    const Bytes version = read(kVersion);
-    EXPECT_STREQ(reinterpret_cast<const char*>(version.data()), "V9.2.4");
+TEST(CameraTest, AutomaticModesMoveWhatTheyHold) {
+    VirtualCamera camera(studioCamera());
+    const ControlId focus{kCameraTerminal, CT_FOCUS_ABSOLUTE_CONTROL};
+    const Bytes before = read(camera, focus);
+    for (int picture = 0; picture < 30; ++picture)
+        camera.nextPicture();
+    EXPECT_NE(read(camera, focus), before);
+    EXPECT_EQ(read(camera, focus, GET_INFO)[0] & kInfoDisabled, kInfoDisabled);
 }
 
-TEST_F(CameraTest, EveryDefaultIsLegalAndEveryNumberKeepsItsEnds) {
-    for (const ControlRow& row : camera.model().controls) {
-        SCOPED_TRACE(testing::Message() << +row.id.unit << ", " << +row.id.selector);
-        const bool free = !row.automatic && row.kind != ControlKind::text;
-        for (const std::uint8_t code : {GET_DEF, GET_MIN, GET_MAX}) {
-            const Bytes value = read(row.id, code);
-            if (status != 0 || !free)
-                continue;
-            EXPECT_EQ(write(row.id, value), 0);
-            EXPECT_EQ(read(row.id), value);
-        }
+/// Writes down what comes and goes, with the length of the list then, and counts pictures.
+class Witness : public platform::CaptureListener, public platform::VideoSink {
+  public:
+    using Device = std::shared_ptr<platform::CaptureDevice>;
+
+    explicit Witness(VirtualBus& bus) : bus_(bus) { bus.capture().setListener(this); }
+
+    void arrived(Device device) override { note("+", *device); }
+    void left(Device device) override { note("-", *device); }
+
+    void frame(platform::VideoFrame frame) override {
+        note(std::to_string(frame.width));
+        const std::lock_guard lock(mutex_);
+        frames_.push_back(std::move(frame));  // held, and so never drawn over
     }
-}
+    void failed(std::string reason) override { note(reason); }
 
-TEST_F(CameraTest, RefusesWhatIsOutOfRange) {
-    const std::vector<std::pair<ControlId, Bytes>> refused{
-        {kBrightness, {0x00, 0x01}},
-        {kBrightness, {0x00, 0xFF}},
-        {kRedGain, {0xF5, 0xFF}},
-        {kRedGain, {0xFD, 0x00}},  // 253, not -3
-        {kAutoWhite, {2}},
-        {kAeMode, {0}},
-        {kAeMode, {4}},                                 // a mode that it does not have
-        {kAeMode, {1 | 8}},                             // two modes at once
-        {kPanTilt, {1, 0, 0, 0, 0, 0, 0, 0}},           // between two steps
-        {kPanTilt, {0, 0, 0, 0, 0xF0, 0x2F, 0x03, 0}},  // tilt beyond its end, in reach of pan
-        {kRestore, {0}},
-    };
-    for (const auto& [id, data] : refused) {
-        SCOPED_TRACE(testing::PrintToString(data));
-        const Bytes before = read(id);
-        EXPECT_EQ(write(id, data), EPIPE);
-        EXPECT_EQ(lastError(), RequestError::outOfRange);
-        EXPECT_EQ(read(id), before);
+    /// Waits until the last note is this one.
+    void await(const std::string& text) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] { return !notes_.empty() && notes_.back() == text; });
     }
-}
 
-TEST_F(CameraTest, RefusesWhatMakesNoRequest) {
-    const auto refuses = [&](IOReturn result, RequestError error) {
-        EXPECT_EQ(result, EPIPE);
-        EXPECT_EQ(lastError(), error);
-    };
-    refuses(write({2, 2}, {1, 0}), RequestError::invalidUnit);
-    refuses(write({kProcessingUnit, 12}, {1, 0}), RequestError::invalidControl);
-    refuses(write({kVendorUnit, 8}, {1}), RequestError::invalidControl);
-    refuses(write(kBrightness, {1}), RequestError::invalidRequest);
-    refuses(write(kBrightness, {1, 0, 0}), RequestError::invalidRequest);
-    refuses(write(kVersion, Bytes(24)), RequestError::invalidRequest);
-    refuses(send(0xA1, GET_CUR, kBrightness, Bytes(1)), RequestError::invalidRequest);
-    refuses(send(0xA1, GET_CUR, kRestore, Bytes(1)), RequestError::invalidRequest);
-    refuses(send(0xA1, GET_LEN, kBrightness, Bytes(2)), RequestError::invalidRequest);
-    refuses(send(0xA1, GET_MIN, kAutoWhite, Bytes(1)), RequestError::invalidRequest);
-    refuses(send(0xA1, SET_CUR, kBrightness, {1, 0}), RequestError::invalidRequest);
-    refuses(send(0x21, GET_CUR, kBrightness, Bytes(2)), RequestError::invalidRequest);
-    refuses(send(0x22, SET_CUR, kBrightness, {1, 0}), RequestError::invalidRequest);
-    EXPECT_THAT(read(kBrightness), ElementsAre(7, 0));
-    EXPECT_EQ(lastError(), RequestError::none);
+    std::vector<std::string> take() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(notes_, {});
+    }
 
-    Bytes data{1, 0};
-    IOUSBDevRequest request = setup(0x21, SET_CUR, kBrightness, data);
-    request.wIndex |= 1;  // the streaming interface has no such control
-    refuses(camera.controlRequest(request), RequestError::invalidRequest);
-}
+  private:
+    void note(const std::string& sign, const platform::CaptureDevice& device) {
+        note(sign + device.localizedName() + std::to_string(bus_.capture().devices().size()));
+    }
+    void note(const std::string& text) {
+        const std::lock_guard lock(mutex_);
+        notes_.push_back(text);
+        changed_.notify_all();
+    }
 
-/// What an automatic mode holds: which control, how the mode is set either way, a legal value.
-struct HeldControl {
-    ControlId held;
-    ControlId mode;
-    std::uint8_t automatic;
-    std::uint8_t manual;
-    Bytes value;
+    VirtualBus& bus_;
+    std::mutex mutex_;  // guards all below
+    std::condition_variable changed_;
+    std::vector<std::string> notes_;
+    std::vector<platform::VideoFrame> frames_;
 };
 
-class AutomaticTest : public CameraTest, public testing::WithParamInterface<HeldControl> {};
-
-TEST_P(AutomaticTest, HoldsItsControlAndLetsItGo) {
-    const auto& [held, mode, automatic, manual, value] = GetParam();
-    EXPECT_EQ(write(mode, {automatic}), 0);
-    EXPECT_EQ(write(held, value), EPIPE);
-    EXPECT_EQ(lastError(), RequestError::wrongState);
-    EXPECT_NE(read(held, GET_INFO).at(0) & kInfoDisabled, 0);
-
-    EXPECT_EQ(write(mode, {manual}), 0);
-    EXPECT_EQ(read(held, GET_INFO).at(0) & kInfoDisabled, 0);
-    EXPECT_EQ(write(held, value), 0);
-    watch(30);
-    EXPECT_EQ(read(held), value) << "a free control stays";
-
-    EXPECT_EQ(write(mode, {automatic}), 0);
-    EXPECT_EQ(read(held), value) << "the mode moves it only as pictures come";
-    watch(1);
-    const Bytes started = read(held);
-    EXPECT_NE(started, value);
-    watch(200);
-    const Bytes settled = read(held);
-    EXPECT_NE(settled, started);
-    EXPECT_EQ(write(mode, {manual}), 0);
-    watch(10);
-    EXPECT_EQ(read(held), settled) << "the last automatic value is where manual begins";
-}
-
-INSTANTIATE_TEST_SUITE_P(All, AutomaticTest,
-                         testing::Values(HeldControl{kTemperature, kAutoWhite, 1, 0, {0xF0, 0x0A}},
-                                         HeldControl{kFocus, kAutoFocus, 1, 0, {200, 0}},
-                                         HeldControl{kExposure, kAeMode, 8, 1, {5, 0, 0, 0}}));
-
-TEST_F(CameraTest, RestoresTheVendorsDefaults) {
-    EXPECT_EQ(write(kBrightness, {1, 0}), 0);
-    EXPECT_EQ(write(kAutoWhite, {0}), 0);
-    EXPECT_EQ(write(kStyle, {3}), 0);
-    EXPECT_EQ(write(kRestore, {1}), 0);
-    EXPECT_THAT(read(kBrightness), ElementsAre(7, 0));
-    EXPECT_THAT(read(kAutoWhite), ElementsAre(1));
-    EXPECT_THAT(read(kStyle), ElementsAre(6)) << "the vendor's default is not the standard one";
-}
-
-TEST_F(CameraTest, SwitchesStreamsWhenItStarts) {
-    constexpr ControlId kH264{kVendorUnit, XU_H264_SWITCH};
-    ASSERT_TRUE(camera.streams().h264);
-    EXPECT_EQ(write(kH264, {0}), 0);
-    EXPECT_THAT(read(kH264), ElementsAre(0));
-    EXPECT_TRUE(camera.streams().h264);
-    camera.powerOn();
-    EXPECT_FALSE(camera.streams().h264);
-}
-
-TEST_F(CameraTest, OlderCameraHasNoLensControls) {
-    VirtualCamera classic(classicCamera());
-    for (const ControlId id : {kZoom, kFocus, kAutoFocus, kPanTilt}) {
-        Bytes data(8);
-        IOUSBDevRequest request = setup(0xA1, GET_CUR, id, data);
-        EXPECT_EQ(classic.controlRequest(request), EPIPE);
-    }
-    Bytes data(8);
-    IOUSBDevRequest request = setup(0xA1, GET_CUR, kAeMode, data);
-    EXPECT_EQ(classic.controlRequest(request), 0);
-}
-
-TEST_F(CameraTest, RecordsEveryRequest) {
-    write(kBrightness, {3, 0});
-    write(kBrightness, {0, 1});
-    read(kStyle, GET_CUR, 4);
-    const auto records = camera.requests();
-    EXPECT_THAT(records, ElementsAre(RequestRecord{0x21, SET_CUR, 0x0200, 0x0300, 2, {3, 0}, 0},
-                                     RequestRecord{0x21, SET_CUR, 0x0200, 0x0300, 2, {0, 1}, EPIPE},
-                                     RequestRecord{0xA1, GET_CUR, 0x0D00, 0x1000, 4, {0}, 0}));
-    EXPECT_THAT(testing::PrintToString(records.at(0)),
-                testing::StartsWith("SET_CUR unit 3 selector 2 length 2: 03 00 -> 0"));
-    camera.clearRequests();
-    EXPECT_THAT(camera.requests(), IsEmpty());
-}
-
-TEST_F(CameraTest, StallsOrCutsOrStretchesOneControl) {
-    camera.setFaults({.stalled = {kZoom}});
-    EXPECT_THAT(read(kZoom), IsEmpty());
-    EXPECT_EQ(status, EPIPE);
-    EXPECT_THAT(read(kBrightness), ElementsAre(7, 0));
-
-    camera.setFaults({.lengths = {{kStyle, 2}}});
-    EXPECT_THAT(read(kStyle, GET_LEN, 2), ElementsAre(2, 0));
-    EXPECT_EQ(write(kStyle, {5}), EPIPE);
-    EXPECT_EQ(write(kStyle, {5, 0}), 0);
-    EXPECT_THAT(read(kStyle), ElementsAre(5, 0));
-
-    camera.setFaults({.shortReads = {{kBrightness, 1}}});
-    EXPECT_THAT(read(kBrightness, GET_CUR, 2), ElementsAre(7));
-    EXPECT_EQ(status, 0);
-    camera.setFaults({});
-    EXPECT_THAT(read(kBrightness), ElementsAre(7, 0));
-}
-
-TEST_F(CameraTest, AnswersLateOrNotAtAll) {
-    std::vector<std::chrono::milliseconds> waits;
-    camera.setWait([&](std::chrono::milliseconds time) { waits.push_back(time); });
-    camera.setFaults({.delay = std::chrono::milliseconds(40)});
-    EXPECT_EQ(write(kBrightness, {3, 0}), 0);
-    camera.setFaults({.delay = std::chrono::seconds(9)});
-    EXPECT_EQ(write(kBrightness, {4, 0}), ETIMEDOUT);
-    EXPECT_THAT(waits, ElementsAre(std::chrono::milliseconds(40), kControlTimeout));
-    EXPECT_EQ(camera.picture().brightness, 3);
-}
-
-TEST_F(CameraTest, VanishesForGood) {
-    int told = 0;
-    camera.setVanished([&] { ++told; });
-    camera.setFaults({.vanishesAfter = 1});
-    EXPECT_EQ(write(kBrightness, {3, 0}), 0);
-    EXPECT_EQ(write(kBrightness, {4, 0}), ENODEV);
-    camera.setFaults({});
-    EXPECT_EQ(write(kBrightness, {4, 0}), ENODEV);
-    EXPECT_EQ(told, 1);
-    camera.powerOn();
-    EXPECT_THAT(read(kBrightness), ElementsAre(3, 0)) << "settings outlive the plug";
+TEST(BusTest, AnnouncesEachDeviceOnceAndEndsPicturesWithThePlug) {
+    const auto camera = std::make_shared<VirtualCamera>(studioCamera());
+    VirtualBus bus;
+    Witness witness(bus);
+    std::string error;
+    for (int times = 0; times < 2; ++times)
+        bus.plug(camera);
+    bus.plugMicrophone("mic", "Mic");
+    EXPECT_THAT(witness.take(), ElementsAre("+Quelvo Studio Camera1", "+Mic2"));
+    const auto device = bus.capture().devices()[0];
+    const auto source = device->open(error);
+    const auto late = device->open(error);
+    source->start({500, 400}, witness);
+    witness.await("320");
+    late->start({500, 400}, witness);
+    witness.await("The camera is in use by another program.");
+    EXPECT_TRUE(bus.failVideo(camera, "Broken"));
+    witness.await("Broken");
+    source->start({640, 480}, witness);
+    witness.await("640");
+    std::vector<std::shared_ptr<platform::UsbInterface>> found;
+    ASSERT_EQ(bus.usb().devices()[0]->interfaces(found), 0);
+    Bytes on{1};
+    ASSERT_EQ(send(*camera, SET_CUR, {kVendorUnit, XU_AUDIO_SWITCH}, on), RequestError::none);
+    EXPECT_EQ(bus.capture().devices().size(), 2U) << "streams switch when the camera starts";
+    bus.unplug(camera);
+    source->stop();
+    witness.take();
+    EXPECT_EQ(device->open(error), nullptr);
+    bus.restart(camera);  // with a microphone of its own by now
+    EXPECT_THAT(witness.take(), ElementsAre("+Quelvo Studio Camera2", "+Quelvo Studio Camera3"));
+    EXPECT_EQ(found[0]->open(), ENODEV) << "a handle dies with the plug";
 }
 
 }  // namespace
