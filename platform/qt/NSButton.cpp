@@ -1,5 +1,6 @@
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QRadioButton>
 #include <QToolButton>
 
 #include "platform/NSView.h"
@@ -17,6 +18,10 @@ void setChecked(QAbstractButton& button, bool checked) {
     button.setAutoExclusive(exclusive && checked);
     button.setChecked(checked);
     button.setAutoExclusive(exclusive);
+    // Tab stops at the one that is on; the arrows lead to the others.
+    if (exclusive && checked)
+        for (auto* each : button.parentWidget()->findChildren<QRadioButton*>())
+            each->setFocusPolicy(each == &button ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 }  // namespace

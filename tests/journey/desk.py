@@ -12,6 +12,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
+WORKED = ("combo box", "push button", "check box", "radio button", "slider", "page tab list")
 SECONDS = 10  # until what must happen counts as not happening
 
 
@@ -84,6 +85,22 @@ class Desk:
             for widget in descendants(window):
                 known[widget.get_role_name(), widget.get_name()].append(widget)
         return known
+
+    def controls(self):
+        """The widgets that can be worked now, in the order of the window."""
+        return [widget for widget in descendants(self.window)
+                if widget.get_role_name() in WORKED
+                and all(has(widget, state) for state in ("FOCUSABLE", "SHOWING", "ENABLED"))]
+
+    def walk(self, count):
+        """Goes on by Tab so many times, and yields the widget that has the focus then."""
+        controls = self.controls()
+        for _ in range(count):
+            before = [widget for widget in controls if has(widget, "FOCUSED")]
+            self.keys("Tab")
+            yield self.until("the focus moves", lambda: next(
+                (widget for widget in controls if has(widget, "FOCUSED") and widget not in before),
+                None))
 
     def number(self, name):
         return int(self.find("slider", name).get_value_iface().get_current_value())
@@ -189,6 +206,13 @@ def descendants(widget):
         yield child
         if child.get_role_name() != "combo box":  # many items, and not to be told apart
             yield from descendants(child)
+
+
+def is_named(widget):
+    """A list's name is what is chosen; what it is called tells the label that it relates to."""
+    labels = [relation.get_target(0).get_name() for relation in widget.get_relation_set()
+              if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY]
+    return any(labels) if widget.get_role_name() == "combo box" else bool(widget.get_name())
 
 
 def extents(widget):

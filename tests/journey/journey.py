@@ -5,7 +5,7 @@ import re
 import statistics
 import sys
 
-from desk import Desk, Failure, extents
+from desk import Desk, Failure, extents, has, is_named
 
 # What the program may write on its way, and nothing else.
 LOG = re.compile(
@@ -54,6 +54,33 @@ def open_camera(desk):
     desk.until("the picture is there", lambda: Picture(desk).detail > 30)
     desk.click(desk.find("page tab", "Standard"))
     desk.wait_number("Brightness", 7)
+
+
+def walk_and_speak(desk):
+    """Without a mouse: Tab goes the way one reads, leaves nothing out but the radio buttons that
+    are off, which the arrows reach, and everything says what it is."""
+    for page, slider in (("Vendor", "Red gain"), ("Standard", "Brightness")):
+        desk.click(desk.find("page tab", page))
+        desk.until("the page is there", lambda: has(desk.find("slider", slider), "SHOWING"))
+        controls = desk.controls()
+        if mute := [widget.get_role_name() for widget in controls if not is_named(widget)]:
+            raise Failure(f"without a name: {mute}")
+        stops = [widget for widget in controls
+                 if widget.get_role_name() != "radio button" or has(widget, "CHECKED")]
+        walked = list(desk.walk(len(stops)))
+        if missed := [widget.get_name() for widget in stops if widget not in walked]:
+            raise Failure(f"Tab does not reach {missed}, only {[w.get_name() for w in walked]}")
+        for one, other in zip(walked, walked[1:]):
+            here, there = extents(one), extents(other)
+            if there.y < here.y + here.height and there.x <= here.x and other != stops[0]:
+                raise Failure(f"Tab goes back from {one.get_name()} to {other.get_name()}")
+    plain = Picture(desk)
+    desk.find("slider", "Brightness").get_value_iface().set_current_value(200)
+    desk.wait_number("Brightness", 200)
+    desk.until("the picture is bright", lambda: Picture(desk).light > plain.light + 30)
+    desk.find("push button", "Set standard defaults").get_action_iface().do_action(0)
+    desk.wait_number("Brightness", 7)
+    desk.until("the picture is plain again", lambda: Picture(desk).is_like(plain))
 
 
 def drag_and_type(desk):
@@ -138,7 +165,7 @@ def leave(desk):
 def main():
     desk = Desk(sys.argv[1])
     try:
-        for step in (open_camera, drag_and_type, choose_and_flip, answer_boxes, restore, leave):
+        for step in (open_camera, walk_and_speak, drag_and_type, choose_and_flip, answer_boxes, restore, leave):
             step(desk)
     finally:
         desk.abandon()
