@@ -12,43 +12,35 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::SizeIs;
 
-/// What the list and the combo box hold, item by item: "name id", and what is shown.
-struct Listed {
-    std::vector<std::string> cameras;
-    std::vector<std::string> items;
-    std::string shown;
-};
+constexpr const char* added = "processAddDeviceEventWithNotification123";
+constexpr const char* removed = "processRemoveDeviceEventWithNotification";
 
-Listed listed(WindowBench& bench) {
-    Listed all;
-    for (const CameraEntry& entry : g_deviceList)
-        all.cameras.emplace_back(std::string(entry.name.data()) + " " + entry.uniqueID.data());
+/// The listed cameras, each with the end of its identifier, and what the combo box shows:
+/// "Studio 10, Second 11 > Studio". Its items are the same.
+std::string listed(WindowBench& bench) {
+    std::string text;
     QComboBox& box = bench.list("m_cbxDevice");
-    for (int i = 0; i < box.count(); ++i)
-        all.items.push_back(box.itemText(i).toStdString());
-    all.shown = box.currentText().toStdString();
-    return all;
+    EXPECT_EQ(static_cast<std::size_t>(box.count()), g_deviceList.size());
+    for (const CameraEntry& entry : g_deviceList) {
+        const auto index = static_cast<int>(&entry - g_deviceList.data());
+        EXPECT_EQ(box.itemText(index).toStdString(), entry.name.data());
+        const std::string id = entry.uniqueID.data();
+        text += std::string(index > 0 ? ", " : "") + entry.name.data() + ' ' + id.substr(16);
+    }
+    return text + " > " + box.currentText().toStdString();
 }
 
-std::vector<std::string> items(WindowBench& bench, const char* name) {
-    std::vector<std::string> texts;
-    for (int i = 0; i < bench.list(name).count(); ++i)
-        texts.push_back(bench.list(name).itemText(i).toStdString());
-    return texts;
-}
-
-std::vector<std::string> numbersDown(int highest, int lowest) {
-    std::vector<std::string> texts;
-    for (; highest >= lowest; --highest)
-        texts.push_back(std::to_string(highest));
-    return texts;
+virtualcam::CameraModel studio() {
+    virtualcam::CameraModel model = virtualcam::studioCamera();
+    model.name = "Studio";
+    return model;
 }
 
 TEST(StartUpTest, EveryOutletAndEveryActionHasItsOneWidget) {
     WindowBench bench;
+    EXPECT_EQ(bench.window().windowTitle().toStdString(), "Quelvo");
     EXPECT_THAT(bench.controller().outlets(), SizeIs(60));
     for (const auto& outlet : bench.controller().outlets()) {
         const QLatin1String name(outlet.name.data(), static_cast<qsizetype>(outlet.name.size()));
@@ -69,112 +61,76 @@ TEST(StartUpTest, EveryOutletAndEveryActionHasItsOneWidget) {
     for (const NSAction& action : bench.controller().actions())
         offered.emplace(action.selector);
     EXPECT_EQ(sent, offered);
-}
-
-TEST(StartUpTest, PreparesThePagesAndOpensNoCamera) {
-    WindowBench bench;
-    EXPECT_EQ(bench.window().windowTitle().toStdString(), "Quelvo");
-    for (const auto& [name, highest, lowest] : {std::tuple{"m_SpinCompValue", 7, -7},
-                                                {"m_SpinRgain", 10, -10},
-                                                {"m_SpinBgain", 10, -10},
-                                                {"m_btnDrc", 8, 0},
-                                                {"m_btnNR2D", 6, 0},
-                                                {"m_btnNR3D", 8, 0}}) {
-        EXPECT_EQ(items(bench, name), numbersDown(highest, lowest)) << name;
-        EXPECT_EQ(bench.shown(name), "0") << name;
-    }
     for (const char* name :
-         {"m_btnCompSwitch", "m_btnH264Switch", "m_btnAudioSwitch", "m_btnFlipH", "m_btnFlipV"}) {
-        EXPECT_EQ(bench.image(name), "button_off.png") << name;
+         {"m_btnCompSwitch", "m_btnH264Switch", "m_btnAudioSwitch", "m_btnFlipH", "m_btnFlipV"})
         EXPECT_TRUE(dynamic_cast<QToolButton&>(bench.button(name)).autoRaise()) << name;
-    }
-    EXPECT_THAT(bench.requests(), IsEmpty());
 }
 
 TEST(StartUpTest, ListsTheVideoCamerasInOrderAndShowsTheFirst) {
-    WindowBench bench(virtualcam::studioCamera(), false);
+    WindowBench bench(studio(), false);
     bench.bus().plugMicrophone("microphone", "A microphone");
     bench.plugAnother("Second");
     bench.start();
-    const Listed all = listed(bench);
-    EXPECT_THAT(all.cameras, ElementsAre("Quelvo Studio Camera 0x14200000e7a14c10",
-                                         "Second 0x14210000e7a14c11"));
-    EXPECT_THAT(all.items, ElementsAre("Quelvo Studio Camera", "Second"));
-    EXPECT_EQ(all.shown, "Quelvo Studio Camera");
+    EXPECT_EQ(listed(bench), "Studio 10, Second 11 > Studio");
     EXPECT_THAT(bench.log().take(), ElementsAre("kkk:3"));
-}
-
-TEST(StartUpTest, WithoutACameraTheListStaysEmptyUntilOneArrives) {
-    WindowBench bench(virtualcam::studioCamera(), false);
-    bench.bus().unplug(bench.cameraReference());
-    bench.bus().plugMicrophone("microphone", "A microphone");
-    bench.start();
-    EXPECT_THAT(listed(bench).items, IsEmpty());
-    EXPECT_THAT(listed(bench).cameras, IsEmpty());
-    EXPECT_EQ(listed(bench).shown, "");
-    EXPECT_THAT(bench.log().take(), ElementsAre("kkk:1"));
-
-    bench.bus().plug(bench.cameraReference());
-    EXPECT_EQ(listed(bench).shown, "Quelvo Studio Camera");
-    EXPECT_THAT(bench.log().take(),
-                ElementsAre("processAddDeviceEventWithNotification123", "0x14200000e7a14c10"));
+    EXPECT_THAT(bench.requests(), SizeIs(0));
 }
 
 TEST(CameraListTest, FollowsCamerasAndSkipsMicrophones) {
-    WindowBench bench;
-    bench.log().take();
+    WindowBench bench(studio(), false);
+    bench.bus().unplug(bench.cameraReference());
+    bench.start();
+    EXPECT_EQ(listed(bench), " > ");
+    bench.bus().plug(bench.cameraReference());
+    EXPECT_EQ(listed(bench), "Studio 10 > Studio");  // the first to arrive is shown
     const auto second = bench.plugAnother("Second");
-    EXPECT_EQ(listed(bench).shown, "Quelvo Studio Camera");  // the shown one stays
-    EXPECT_THAT(listed(bench).items, SizeIs(2));
+    EXPECT_EQ(listed(bench), "Studio 10, Second 11 > Studio");
     bench.bus().plugMicrophone("microphone", "A microphone");
     bench.bus().unplugMicrophone("microphone");
-    EXPECT_THAT(bench.log().take(),
-                ElementsAre("processAddDeviceEventWithNotification123", "0x14210000e7a14c11",
-                            "processAddDeviceEventWithNotification123",
-                            "processRemoveDeviceEventWithNotification"));
-
     bench.bus().unplug(second);
-    EXPECT_EQ(listed(bench).shown, "");  // whichever left
-    EXPECT_THAT(listed(bench).items, ElementsAre("Quelvo Studio Camera"));
+    EXPECT_EQ(listed(bench), "Studio 10 > ");  // whichever left
     EXPECT_THAT(bench.log().take(),
-                ElementsAre("processRemoveDeviceEventWithNotification", "Second"));
-
+                ElementsAre("kkk:0", added, "0x14200000e7a14c10", added, "0x14210000e7a14c11",
+                            added, removed, removed, "Second"));
     bench.bus().plug(second);
-    EXPECT_EQ(listed(bench).shown, "");  // an arrival changes no text while others are listed
+    EXPECT_EQ(listed(bench), "Studio 10, Second 11 > ");  // others were listed
     bench.bus().unplug(bench.cameraReference());
     bench.bus().plug(bench.cameraReference());
-    EXPECT_THAT(listed(bench).items, ElementsAre("Second", "Quelvo Studio Camera"));
-    EXPECT_THAT(listed(bench).cameras, ElementsAre("Second 0x14210000e7a14c11",
-                                                   "Quelvo Studio Camera 0x14200000e7a14c10"));
+    EXPECT_EQ(listed(bench), "Second 11, Studio 10 > ");
+
+    // A leaving name that is not listed changes nothing.
+    g_deviceList.erase(g_deviceList.begin());
+    bench.controller().m_cbxDevice.removeItemAtIndex(0);
+    bench.controller().m_cbxDevice.setStringValue("typed");
+    bench.bus().unplug(second);
+    EXPECT_EQ(listed(bench), "Studio 10 > typed");
 }
 
 TEST(CameraListTest, OfEqualNamesTheFirstListedGoes) {
-    WindowBench bench;
-    const auto twin = bench.plugAnother("Quelvo Studio Camera");
-    EXPECT_THAT(listed(bench).items, ElementsAre("Quelvo Studio Camera", "Quelvo Studio Camera"));
+    WindowBench bench(studio());
+    const auto twin = bench.plugAnother("Studio");
+    EXPECT_EQ(listed(bench), "Studio 10, Studio 11 > Studio");
     bench.bus().unplug(twin);
-    EXPECT_THAT(listed(bench).cameras, ElementsAre("Quelvo Studio Camera 0x14210000e7a14c11"));
-    EXPECT_THAT(listed(bench).items, SizeIs(1));
+    EXPECT_EQ(listed(bench), "Studio 11 > ");
 }
 
 TEST(CameraListTest, CutsLongNamesBetweenCharactersAndFindsThemAgain) {
-    WindowBench bench;
+    WindowBench bench(studio());
     bench.log().take();
-    std::string name(62, 'n');
-    name += "\u00e9 with more behind";
-    const auto camera = bench.plugAnother(name);
-    EXPECT_EQ(listed(bench).items[1], std::string(62, 'n'));
+    const std::string start(62, 'n');
+    const auto camera = bench.plugAnother(start + "\u00e9 with more behind");
+    EXPECT_EQ(listed(bench), "Studio 10, " + start + " 11 > Studio");
     bench.list("m_cbxDevice").setCurrentIndex(1);
-    bench.buttonSending("OnBtnOpenCamera:").click();
+    bench.click("OnBtnOpenCamera:");
     EXPECT_FALSE(camera->requests().empty());
     bench.bus().unplug(camera);
-    EXPECT_THAT(listed(bench).items, ElementsAre("Quelvo Studio Camera"));
-    EXPECT_THAT(bench.log().take("n"), ElementsAre(name));
+    EXPECT_EQ(listed(bench), "Studio 10 > ");
+    EXPECT_THAT(bench.log().take("n"), ElementsAre(start + "\u00e9 with more behind"));
 
     const auto broken = bench.plugAnother("Bro\xFFken\n\x1B[1m");
-    EXPECT_EQ(listed(bench).items[1], "Bro\uFFFDken  [1m");
+    EXPECT_EQ(listed(bench), "Studio 10, Bro\uFFFDken  [1m 11 > ");
     bench.bus().unplug(broken);
-    EXPECT_THAT(listed(bench).items, SizeIs(1));
+    EXPECT_EQ(listed(bench), "Studio 10 > ");
 }
 
 TEST(CameraListTest, CutsLongIdentifiersToTheirEnd) {
@@ -183,17 +139,6 @@ TEST(CameraListTest, CutsLongIdentifiersToTheirEnd) {
     // Never in the middle of a character: two bytes of it go, not one.
     EXPECT_EQ(entryUniqueID("0\u00e9" + std::string(54, 'x') + ids), std::string(54, 'x') + ids);
     EXPECT_EQ(entryUniqueID(ids), ids);
-}
-
-TEST(CameraListTest, ALeavingNameThatIsNotListedChangesNothing) {
-    WindowBench bench;
-    const auto second = bench.plugAnother("Second");
-    g_deviceList.pop_back();
-    bench.controller().m_cbxDevice.removeItemAtIndex(1);
-    bench.controller().m_cbxDevice.setStringValue("typed");
-    bench.bus().unplug(second);
-    EXPECT_THAT(listed(bench).items, SizeIs(1));
-    EXPECT_EQ(listed(bench).shown, "typed");
 }
 
 }  // namespace

@@ -2,11 +2,35 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
 #include "platform/backend/Backends.h"
+
+namespace {
+
+using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of requests throughout
+
+/// Whether the driver makes the request of itself, at times of its own: it reads the limits of a
+/// standard control before it first writes it, the values that a mode governs after it has written
+/// the mode, and from unit 0 why a request was refused. (For the vendor unit it asks length and
+/// capabilities of a control at its first use, which the loading of the pages mostly is.)
+bool isDriversOwn(const RequestRecord& record) {
+    const auto unit = static_cast<std::uint8_t>(record.wIndex >> 8);
+    const auto& rows = studioControls();
+    const auto row = std::ranges::find(
+        rows, ControlId{unit, static_cast<std::uint8_t>(record.wValue >> 8)}, &ControlRow::id);
+    if (unit == kInterfaceUnit || row == rows.end())
+        return true;
+    const bool movesByItself = (row->info & kInfoAutoUpdate) != 0;
+    return unit != kVendorUnit && record.bRequest != SET_CUR &&
+           (record.bRequest != GET_CUR || movesByItself);
+}
+
+}  // namespace
 
 KernelWindow::KernelWindow() {
     platform::installBackends({&usb_, &capture_, &log});
@@ -47,4 +71,8 @@ PluggedCamera KernelWindow::plug(const virtualcam::CameraModel& model, unsigned 
 
 bool KernelWindow::waitForPicture() {
     return waitUntil([] { return g_captureSession->latestFrame() != nullptr; });
+}
+
+void KernelWindow::perform(const Exchange& exchange, VirtualCamera& camera) {
+    ::perform(exchange, {*this, camera, log, [this] { clickOpen(); }, isDriversOwn});
 }

@@ -7,7 +7,7 @@
 #include "app/ViewController.h"
 #include "platform/qt/Interface.h"
 #include "tests/kernel/KernelBench.h"
-#include "tests/support/WindowHands.h"
+#include "tests/support/Exchanges.h"
 
 /// How the log line of a preview that can't start or go on begins.
 inline constexpr const char* kOpenError = "ERROR: trying to open camera: ";
@@ -28,11 +28,13 @@ class KernelWindow : public WindowHands {
     /// Plugs in and waits until the window lists it as well.
     PluggedCamera plug(const virtualcam::CameraModel& model, unsigned port);
 
-    void clickOpen() { buttonSending("OnBtnOpenCamera:").click(); }
-
+    void clickOpen() { click("OnBtnOpenCamera:"); }
     static bool waitForPicture();
 
-    SharedLog log;
+    /// Performs an exchange on this window and the camera that it shows.
+    void perform(const Exchange& exchange, virtualcam::VirtualCamera& camera);
+
+    TestLog log;
     KernelBench bench;
 
   private:

@@ -23,6 +23,20 @@ std::string wireText(const virtualcam::RequestRecord& record) {
                        record.result == 0 ? "" : " !");
 }
 
+void setInCamera(virtualcam::VirtualCamera& camera, virtualcam::ControlId control,
+                 std::vector<std::uint8_t> value) {
+    IOUSBDevRequest request{hostToInterface,
+                            virtualcam::SET_CUR,
+                            static_cast<std::uint16_t>(control.selector << 8U),
+                            static_cast<std::uint16_t>(control.unit << 8U),
+                            static_cast<std::uint16_t>(value.size()),
+                            value.data(),
+                            0};
+    if (camera.controlRequest(request) != 0)
+        throw std::runtime_error("the camera refuses the value");
+    camera.clearRequests();
+}
+
 CameraBench::CameraBench(virtualcam::CameraModel model)
     : camera_(std::make_shared<virtualcam::VirtualCamera>(std::move(model))) {
     platform::installBackends({&bus_.usb(), &bus_.capture(), &log_});
@@ -53,18 +67,6 @@ std::string CameraBench::uniqueID() const {
 void CameraBench::open() {
     ASSERT_EQ(OpenCameraByUniqueID(uniqueID()), 0);
     log_.take();
-    camera_->clearRequests();
-}
-
-void CameraBench::set(virtualcam::ControlId control, std::vector<std::uint8_t> value) {
-    IOUSBDevRequest request{hostToInterface,
-                            virtualcam::SET_CUR,
-                            static_cast<std::uint16_t>(control.selector << 8U),
-                            static_cast<std::uint16_t>(control.unit << 8U),
-                            static_cast<std::uint16_t>(value.size()),
-                            value.data(),
-                            0};
-    ASSERT_EQ(camera_->controlRequest(request), 0);
     camera_->clearRequests();
 }
 

@@ -11,6 +11,11 @@
 /// refused one.
 std::string wireText(const virtualcam::RequestRecord& record);
 
+/// Sets a control of a camera past the application, as the camera itself would. Throws when the
+/// camera refuses the value.
+void setInCamera(virtualcam::VirtualCamera& camera, virtualcam::ControlId control,
+                 std::vector<std::uint8_t> value);
+
 /// A sane camera on a bus of its own, with the log recorded: what a test starts from before it
 /// breaks one thing. Puts the process-wide state back at its end.
 class CameraBench {
@@ -34,9 +39,6 @@ class CameraBench {
 
     /// Opens the camera's control channel and forgets the log and the requests until now.
     void open();
-
-    /// Sets a control of the camera past the application, as the camera itself would.
-    void set(virtualcam::ControlId control, std::vector<std::uint8_t> value);
 
     /// Returns the requests that reached the camera since the last call.
     std::vector<std::string> requests();

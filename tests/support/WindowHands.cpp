@@ -3,14 +3,14 @@
 #include <QApplication>
 #include <QLabel>
 
-QAbstractButton& WindowHands::buttonSending(const char* action) {
+QAbstractButton& WindowHands::buttonSending(const std::string& action) {
     for (auto* candidate : window().findChildren<QAbstractButton*>())
-        if (candidate->property("action").toString() == QLatin1String(action))
+        if (candidate->property("action").toString() == QString::fromStdString(action))
             return *candidate;
-    throw std::runtime_error(std::string("no button sends ") + action);
+    throw std::runtime_error("no button sends " + action);
 }
 
-std::string WindowHands::shown(const char* name) {
+std::string WindowHands::shown(const std::string& name) {
     auto* widget = find<QWidget>(name);
     if (const auto* slider = qobject_cast<QSlider*>(widget))
         return std::to_string(slider->value());
@@ -20,11 +20,11 @@ std::string WindowHands::shown(const char* name) {
         return label->text().toStdString();
     if (const auto* button = qobject_cast<QAbstractButton*>(widget))
         return button->isChecked() ? "on" : "off";
-    throw std::runtime_error(std::string("shows nothing: ") + name);
+    throw std::runtime_error("shows nothing: " + name);
 }
 
-std::string WindowHands::image(const char* name) {
-    const auto drawn = [this, name](const QIcon& icon) {
+std::string WindowHands::image(const std::string& name) {
+    const auto drawn = [&](const QIcon& icon) {
         return icon.pixmap(button(name).iconSize()).toImage();
     };
     for (const char* resource : {"button_on.png", "button_off.png"})
@@ -34,20 +34,23 @@ std::string WindowHands::image(const char* name) {
     return {};
 }
 
-void WindowHands::moveSlider(const char* name, int number) {
+void WindowHands::moveSlider(const std::string& name, int number) {
     slider(name).setValue(number);  // by hand: not through the controller's reference
     QCoreApplication::processEvents();
 }
 
-void WindowHands::choose(const char* name, const char* title) {
+void WindowHands::choose(const std::string& name, const std::string& title) {
     QComboBox& chosen = list(name);
-    chosen.setCurrentText(title);
-    emit chosen.activated(chosen.currentIndex());
+    const int index = chosen.findText(QString::fromStdString(title));
+    if (index < 0)
+        throw std::runtime_error(name + " has no " + title);
+    chosen.setCurrentIndex(index);
+    emit chosen.activated(index);
     QCoreApplication::processEvents();
 }
 
-void WindowHands::click(const char* name) {
-    button(name).click();
+void WindowHands::click(const std::string& name) {
+    (name.ends_with(':') ? buttonSending(name) : button(name)).click();
     QCoreApplication::processEvents();
 }
 

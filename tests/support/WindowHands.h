@@ -18,30 +18,31 @@ class WindowHands {
 
     virtual QWidget& window() = 0;
 
-    QSlider& slider(const char* name) { return *find<QSlider>(name); }
-    QComboBox& list(const char* name) { return *find<QComboBox>(name); }
-    QAbstractButton& button(const char* name) { return *find<QAbstractButton>(name); }
+    QSlider& slider(const std::string& name) { return *find<QSlider>(name); }
+    QComboBox& list(const std::string& name) { return *find<QComboBox>(name); }
+    QAbstractButton& button(const std::string& name) { return *find<QAbstractButton>(name); }
 
     /// The button without an outlet that sends this action.
-    QAbstractButton& buttonSending(const char* action);
+    QAbstractButton& buttonSending(const std::string& action);
 
     /// The number or the text that a widget shows: a slider, a list, a label or a button's state.
-    std::string shown(const char* name);
-    bool isEnabled(const char* name) { return find<QWidget>(name)->isEnabled(); }
+    std::string shown(const std::string& name);
+    bool isEnabled(const std::string& name) { return find<QWidget>(name)->isEnabled(); }
 
     /// The name of the resource image that a button shows, or "" for none of the switch images.
-    std::string image(const char* name);
+    std::string image(const std::string& name);
 
     /// Moves a slider as the user does with the keyboard, and lets its action be sent.
-    void moveSlider(const char* name, int number);
-    void choose(const char* name, const char* title);
-    void click(const char* name);
+    void moveSlider(const std::string& name, int number);
+    void choose(const std::string& name, const std::string& title);
+    /// Clicks the button of an outlet, or the one that sends an action ("OnBtnRestore:").
+    void click(const std::string& name);
 
     template <class Widget>
-    Widget* find(const char* name) {
-        auto* widget = window().findChild<Widget*>(QLatin1String(name));
+    Widget* find(const std::string& name) {
+        auto* widget = window().findChild<Widget*>(QString::fromStdString(name));
         if (widget == nullptr)
-            throw std::runtime_error(std::string("no such widget: ") + name);
+            throw std::runtime_error("no such widget: " + name);
         return widget;
     }
 };

@@ -1,0 +1,143 @@
+// Both pages in the real window: the scripted exchanges, and what no script can say.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QLabel>
+
+#include "camera/ControlTable.h"
+#include "pages/vendor/ShowAlert.h"
+#include "pages/vendor/VendorPage.h"
+#include "pages/vendor/VersionLabel.h"
+#include "tests/support/Exchanges.h"
+#include "tests/support/WindowBench.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ValuesIn;
+
+std::string nameOf(const testing::TestParamInfo<Exchange>& info) {
+    return info.param.name;
+}
+
+class ExchangeTest : public testing::TestWithParam<Exchange> {
+  protected:
+    static void loadPages(WindowBench& bench) {
+        InitXUPage(bench.controller());
+        bench.controller().ReadConfig_UVC();
+        bench.controller().InitUVCPage();
+    }
+
+    /// Performs the exchange with what has come so far forgotten.
+    static void performOn(WindowBench& bench) {
+        bench.requests();
+        bench.log().take();
+        const Stage stage{bench, bench.camera(), bench.log(), [&] { loadPages(bench); },
+                          [](const auto&) { return false; }};
+        perform(GetParam(), stage);
+    }
+};
+
+class LoadedPageTest : public ExchangeTest {};
+class PageLoadTest : public ExchangeTest {};
+class NoCameraTest : public ExchangeTest {};
+
+TEST_P(LoadedPageTest, Goes) {
+    WindowBench bench;
+    bench.open();
+    setInCamera(bench.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+    setInCamera(bench.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
+    setInCamera(bench.camera(), {1, CT_AE_MODE_CONTROL}, {1});
+    loadPages(bench);
+    performOn(bench);
+}
+INSTANTIATE_TEST_SUITE_P(StandardPage, LoadedPageTest,
+                         ValuesIn(readExchanges({"standard-page.txt"}, "direct")), nameOf);
+INSTANTIATE_TEST_SUITE_P(VendorPage, LoadedPageTest,
+                         ValuesIn(readExchanges({"vendor-page.txt"}, "direct")), nameOf);
+
+TEST_P(PageLoadTest, Goes) {
+    // A camera whose every control takes any value of its size.
+    virtualcam::CameraModel model = virtualcam::studioCamera();
+    for (auto& row : model.controls) {
+        if (row.kind == virtualcam::ControlKind::text ||
+            row.kind == virtualcam::ControlKind::trigger)
+            continue;
+        const int bits = 8 * row.length / (row.secondLimits ? 2 : 1);
+        const auto widest = static_cast<std::int32_t>((std::int64_t{1} << (bits - 1)) - 1);
+        row.kind = virtualcam::ControlKind::number;
+        row.limits = {-widest - 1, widest, 1, row.limits.standard};
+        if (row.secondLimits)
+            row.secondLimits = row.limits;
+        row.automatic.reset();
+    }
+    WindowBench bench(model);
+    bench.open();
+    performOn(bench);
+}
+INSTANTIATE_TEST_SUITE_P(Pages, PageLoadTest, ValuesIn(readExchanges({"page-load.txt"}, "direct")),
+                         nameOf);
+
+TEST_P(NoCameraTest, Goes) {
+    WindowBench bench;
+    performOn(bench);
+}
+INSTANTIATE_TEST_SUITE_P(Pages, NoCameraTest, ValuesIn(readExchanges({"no-camera.txt"}, "direct")),
+                         nameOf);
+
+TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
+    for (const auto& [version, label] : {std::pair{"V9.2.4", "v3 V9.2.4"},
+                                         {"V8.1.2", "v2 V8.1.2"},
+                                         {"V8.V9.", "v3 V8.V9."},
+                                         {"1.0.5", "v1 SOC:V1.0.5"},
+                                         {"SOC1.0.5", "SOC1.0.5"},
+                                         {"2.0.0", "2.0.0"},
+                                         {"v9.1.", "v1 SOC:Vv9.1."},
+                                         {"", ""},
+                                         {"V9.\xFF\xC3", "v3 V9.\uFFFD\uFFFD"}})
+        EXPECT_EQ(versionLabel(0, version), label);
+    EXPECT_EQ(versionLabel(1, "V9.2.4"), "Get device info failed!");
+}
+
+TEST(VersionLabelTest, ShowsAFullBufferAsPlainText) {
+    virtualcam::CameraModel model = virtualcam::studioCamera();
+    model.version = "<b>3.45678901234567</b>!";
+    ASSERT_EQ(model.version.size(), 24U);
+    WindowBench bench(model);
+    bench.open();
+    InitXUPage(bench.controller());
+    EXPECT_EQ(bench.shown("m_lableVersion"), model.version);
+    EXPECT_EQ(bench.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
+}
+
+TEST(ShowAlertTest, WithoutAWindowTheAnswerIsNo) {
+    EXPECT_EQ(ShowAlert("Notice", "Nobody can see this", 1), 0);
+}
+
+TEST(DragTest, ASlowCameraSkipsPositionsButNeverTheLast) {
+    WindowBench bench;
+    bench.open();
+    int waits = 0;
+    bench.moveSlider("m_sliderGama", 100);
+    bench.requests();
+    // While the camera takes its time over the first position, the hand goes on.
+    bench.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    bench.camera().setWait([&](std::chrono::milliseconds) { ++waits; });
+    QSlider& slider = bench.slider("m_sliderGama");
+    slider.setSliderDown(true);
+    for (int position = 101; position <= 140; ++position)
+        slider.setSliderPosition(position);
+    QCoreApplication::processEvents();
+    for (int position = 141; position <= 180; ++position)
+        slider.setSliderPosition(position);
+    slider.setSliderDown(false);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(bench.requests(),
+                ElementsAre("21 01 0900 0300 2 | 8c 00", "21 01 0900 0300 2 | b4 00"));
+    EXPECT_EQ(waits, 2);
+    EXPECT_EQ(bench.shown("m_textGama"), "180");
+}
+
+}  // namespace
