@@ -297,14 +297,10 @@ TEST_F(ChannelTest, NamedControlsDecodeWhatTheyRead) {
                             "21 01 0300 0300 2 | 03 00", "21 01 0700 0300 2 | 78 00",
                             "21 01 0800 0300 2 | 04 00", "a1 85 0a00 1000 2 | 01 00",
                             "21 01 0a00 1000 1 | 00"));
-    EXPECT_FALSE(camera.getAutoExposure());
-    EXPECT_EQ(camera.getExposure(), -99.0F);
-    EXPECT_FALSE(camera.getAutoWhiteBalance());
-    EXPECT_EQ(camera.getWhiteBalance(), 6500.0F);
-    EXPECT_EQ(camera.getContrast(), 3.0F);
-    EXPECT_EQ(camera.getSaturation(), 120.0F);
-    EXPECT_EQ(camera.getSharpness(), 4.0F);
-    EXPECT_EQ(camera.getGain(), 6.0F);
+    EXPECT_FALSE(camera.getAutoExposure() || camera.getAutoWhiteBalance());
+    const std::array levels{camera.getExposure(),   camera.getWhiteBalance(), camera.getContrast(),
+                            camera.getSaturation(), camera.getSharpness(),    camera.getGain()};
+    EXPECT_THAT(levels, ElementsAre(-99.0F, 6500.0F, 3.0F, 120.0F, 4.0F, 6.0F));
     EXPECT_EQ(camera.GetExpCompSwitch(), 0);
     camera.setAutoExposure(true);
     camera.setAutoWhiteBalance(true);

@@ -13,7 +13,6 @@
 
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::MatchesRegex;
@@ -117,12 +116,7 @@ TEST_F(OpenActionTest, TheOpenCamerasGoingChangesNothingButTheList) {
     EXPECT_EQ(g_captureSession, session);
     EXPECT_EQ(baseLayer(), layer);
     EXPECT_EQ(bench_.shown("m_textGama"), "238");
-    bench_.log().take();
     press();  // nothing is shown in the list: both pages are filled from no camera
-    const auto lines = bench_.log().take();
-    EXPECT_EQ(lines.front(),
-              "CameraControl Error: \"\" does not end in a vendor and a product id.");
-    EXPECT_THAT(lines, Contains("zoomEnable:1"));
     EXPECT_EQ(bench_.shown("m_lableVersion"), "Get device info failed!");
     EXPECT_EQ(bench_.shown("m_textGama"), "0");
 }

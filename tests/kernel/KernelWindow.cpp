@@ -16,8 +16,7 @@ using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of r
 
 /// Whether the driver makes the request of itself, at times of its own: it reads the limits of a
 /// standard control before it first writes it, the values that a mode governs after it has written
-/// the mode, and from unit 0 why a request was refused. (For the vendor unit it asks length and
-/// capabilities of a control at its first use, which the loading of the pages mostly is.)
+/// the mode, and from unit 0 why a request was refused.
 bool isDriversOwn(const RequestRecord& record) {
     const auto unit = static_cast<std::uint8_t>(record.wIndex >> 8);
     const auto& rows = studioControls();
@@ -50,10 +49,8 @@ KernelWindow::~KernelWindow() {
 
 std::vector<std::string> KernelWindow::listed() {
     std::vector<std::string> names;
-    const QComboBox& cameras = list("m_cbxDevice");
-    names.reserve(static_cast<std::size_t>(cameras.count()));
-    for (int i = 0; i < cameras.count(); ++i)
-        names.push_back(cameras.itemText(i).toStdString());
+    for (int i = 0; i < list("m_cbxDevice").count(); ++i)
+        names.push_back(list("m_cbxDevice").itemText(i).toStdString());
     return names;
 }
 

@@ -33,24 +33,18 @@ INSTANTIATE_TEST_SUITE_P(Pages, LoadedWindow,
                          testing::ValuesIn(readExchanges({"page-load.txt"}, "kernel")),
                          [](const auto& exchange) { return exchange.param.name; });
 
-TEST_F(Window, ListFollowsThePorts) {
-    EXPECT_TRUE(listed().empty());
+TEST_F(Window, ListFollowsThePortsAndACameraWithoutLensSwitchesWidgetsOff) {
     auto classic = plug(classicCamera(), 1);
+    const auto studio = plug(studioCamera(), 0);
     EXPECT_EQ(shown("m_cbxDevice"), "Quelvo Classic Camera");
-    auto studio = plug(studioCamera(), 0);
-    EXPECT_EQ(shown("m_cbxDevice"), "Quelvo Classic Camera");
-    bench.unplug(classic);
-    EXPECT_TRUE(waitForList({"Quelvo Studio Camera"}));
-    EXPECT_EQ(shown("m_cbxDevice"), "");
-}
-
-TEST_F(Window, CameraWithoutLensSwitchesItsWidgetsOff) {
-    const auto plugged = plug(classicCamera(), 0);
     clickOpen();
     for (const char* name : {"m_sliderZoom", "m_sliderFocus", "m_btnAutoFocus", "m_sliderPano"})
         EXPECT_FALSE(isEnabled(name)) << name;
     EXPECT_TRUE(isEnabled("m_sliderBright"));
     EXPECT_EQ(shown("m_lableVersion"), "v1 SOC:V1.0.5");
+    bench.unplug(classic);
+    EXPECT_TRUE(waitForList({"Quelvo Studio Camera"}));
+    EXPECT_EQ(shown("m_cbxDevice"), "");
 }
 
 TEST_F(Window, CameraPulledOutWhilePreviewingIsToldOnce) {
@@ -66,9 +60,7 @@ TEST_F(Window, CameraPulledOutWhilePreviewingIsToldOnce) {
 
 TEST_F(Window, CameraPulledOutWhileItsPagesLoadEndsTheLoad) {
     auto plugged = plug(studioCamera(), 0);
-    Faults faults;
-    faults.vanishesAfter = 9;
-    plugged.camera().setFaults(faults);
+    plugged.camera().setFaults({.vanishesAfter = 9});
     clickOpen();
     EXPECT_EQ(shown("m_lableVersion"), "Get device info failed!");
     EXPECT_FALSE(isEnabled("m_sliderZoom"));

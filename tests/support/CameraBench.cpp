@@ -60,12 +60,8 @@ std::shared_ptr<virtualcam::VirtualCamera> CameraBench::plugAnother(const std::s
     return another;
 }
 
-std::string CameraBench::uniqueID() const {
-    return virtualcam::uniqueIDOf(camera_->model());
-}
-
 void CameraBench::open() {
-    ASSERT_EQ(OpenCameraByUniqueID(uniqueID()), 0);
+    ASSERT_EQ(OpenCameraByUniqueID(virtualcam::uniqueIDOf(camera_->model())), 0);
     log_.take();
     camera_->clearRequests();
 }
@@ -75,11 +71,5 @@ std::vector<std::string> CameraBench::requests() {
     for (const auto& record : camera_->requests())
         texts.push_back(wireText(record));
     camera_->clearRequests();
-    return texts;
-}
-
-std::vector<std::string> CameraBench::writes() {
-    std::vector<std::string> texts = requests();
-    std::erase_if(texts, [](const std::string& text) { return !text.starts_with("21 "); });
     return texts;
 }

@@ -34,17 +34,11 @@ class CameraBench {
     /// Plugs in one more camera like the first, at another port.
     std::shared_ptr<virtualcam::VirtualCamera> plugAnother(const std::string& name);
 
-    /// The camera's unique identifier.
-    std::string uniqueID() const;
-
     /// Opens the camera's control channel and forgets the log and the requests until now.
     void open();
 
     /// Returns the requests that reached the camera since the last call.
     std::vector<std::string> requests();
-
-    /// Returns only the writes among them.
-    std::vector<std::string> writes();
 
   private:
     TestLog log_;
