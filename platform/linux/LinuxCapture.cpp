@@ -1,8 +1,10 @@
 #include "platform/linux/LinuxCapture.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
+#include "platform/linux/ClosingPreviews.h"
 #include "platform/linux/PreviewPipeline.h"
 #include "platform/linux/UdevFeed.h"
 #include "platform/linux/VideoNode.h"
@@ -21,7 +23,8 @@ class LinuxCapture::Device : public CaptureDevice {
     bool hasVideo() const override { return facts_.hasVideo; }
 
     std::unique_ptr<VideoSource> open(std::string& error) override {
-        error = facts_.hasVideo ? whyNotUsable(facts_.devnode) : "This device delivers no video.";
+        // What has to be asked of the camera is found out on the preview's thread.
+        error = facts_.hasVideo ? whyNotOpenable(facts_.devnode) : "This device delivers no video.";
         return error.empty() ? openPreview(facts_.devnode) : nullptr;
     }
 
@@ -33,7 +36,10 @@ LinuxCapture::LinuxCapture() : LinuxCapture(std::make_unique<UdevFeed>()) {}
 
 LinuxCapture::LinuxCapture(std::unique_ptr<NodeFeed> feed) : feed_(std::move(feed)) {}
 
-LinuxCapture::~LinuxCapture() = default;
+LinuxCapture::~LinuxCapture() {
+    // A camera that hangs is left to the kernel, which closes it with the process.
+    ClosingPreviews::all().waitForAll(std::chrono::seconds(2));
+}
 
 std::vector<std::shared_ptr<CaptureDevice>> LinuxCapture::devices() {
     // With a listener the list changes only together with an announcement.

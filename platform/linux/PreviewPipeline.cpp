@@ -4,11 +4,11 @@
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 #include <utility>
 
+#include "platform/linux/ClosingPreviews.h"
+#include "platform/linux/PreviewLink.h"
 #include "platform/linux/PreviewMode.h"
 #include "platform/linux/VideoNode.h"
 
@@ -58,7 +58,7 @@ GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /
 }
 
 /// Hands the picture that waits in the sink on, unless a decoder made it of damaged data.
-GstFlowReturn takeSample(GstAppSink* from, gpointer videoSink) {
+GstFlowReturn takeSample(GstAppSink* from, gpointer link) {
     GstSamplePtr sample(gst_app_sink_pull_sample(from));
     if (!sample)
         return GST_FLOW_OK;
@@ -69,60 +69,21 @@ GstFlowReturn takeSample(GstAppSink* from, gpointer videoSink) {
     if (mapped->isMapped()) {
         VideoFrame picture = mapped->picture();
         picture.owner = mapped;
-        static_cast<VideoSink*>(videoSink)->frame(std::move(picture));
+        static_cast<PreviewLink*>(link)->deliver(std::move(picture));
     }
     return GST_FLOW_OK;
 }
 
-/// Where the preview's thread waits until it is told to stop or something goes wrong.
-class Outcome {
-  public:
-    void stop() {
-        const std::lock_guard lock(mutex_);
-        stopped_ = true;
-        changed_.notify_all();
-    }
-
-    /// Keeps the first failure: those that follow are its consequences.
-    void fail(std::string reason) {
-        const std::lock_guard lock(mutex_);
-        if (failure_.empty())
-            failure_ = std::move(reason);
-        changed_.notify_all();
-    }
-
-    void wait() {
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return stopped_ || !failure_.empty(); });
-    }
-
-    bool stopped() const {
-        const std::lock_guard lock(mutex_);
-        return stopped_;
-    }
-
-    std::string failure() const {
-        const std::lock_guard lock(mutex_);
-        return failure_;
-    }
-
-  private:
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    bool stopped_ = false;
-    std::string failure_;
-};
-
 /// Takes each message of the pipeline where it arises, so that none pile up.
-GstBusSyncReply takeMessage(GstBus* /*bus*/, GstMessage* message, gpointer outcome) {
+GstBusSyncReply takeMessage(GstBus* /*bus*/, GstMessage* message, gpointer link) {
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         GError* error = nullptr;
         gst_message_parse_error(message, &error, nullptr);
         const GErrorPtr owned(error);
-        static_cast<Outcome*>(outcome)->fail(
+        static_cast<PreviewLink*>(link)->fail(
             fmt::format("The preview has stopped: {}", error->message));
     } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS) {
-        static_cast<Outcome*>(outcome)->fail("The camera sends no more pictures.");
+        static_cast<PreviewLink*>(link)->fail("The camera sends no more pictures.");
     }
     gst_message_unref(message);
     return GST_BUS_DROP;
@@ -136,16 +97,15 @@ void setIfPresent(GstElement* element, const char* property, int value) {
 /// The elements of one preview; taken down with the object, after which no frame comes.
 class Pipeline {
   public:
-    Pipeline(Outcome& outcome, VideoSink& sink)
-        : outcome_(outcome), sink_(sink), pipeline_(gst_pipeline_new(nullptr)) {
+    explicit Pipeline(PreviewLink& link) : link_(link), pipeline_(gst_pipeline_new(nullptr)) {
         const GstBusPtr bus(gst_element_get_bus(pipeline_.get()));
-        gst_bus_set_sync_handler(bus.get(), takeMessage, &outcome, nullptr);
+        gst_bus_set_sync_handler(bus.get(), takeMessage, &link, nullptr);
     }
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
     ~Pipeline() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
 
-    /// Runs from the source to the sink; what goes wrong is told to the outcome.
+    /// Runs from the source to the sink; what goes wrong is told to the link.
     void start(const PreviewOrigin& origin, const VideoLimits& limits) {
         last_ = add(origin.makeElement(), "the video source");
         if (last_ == nullptr || !enter(GST_STATE_READY))
@@ -154,12 +114,12 @@ class Pipeline {
         const GstCapsPtr offered(gst_pad_query_caps(pad.get(), nullptr));
         const PreviewMode mode = choosePreviewMode(offered.get(), limits);
         if (mode.kind == nullptr) {
-            outcome_.fail("The camera has no picture format that can be shown.");
+            link_.fail("The camera has no picture format that can be shown.");
             return;
         }
         if (mode.kind->picturesStandAlone)
             gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, nullptr, nullptr);
-        if (!outcome_.stopped() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
+        if (!link_.isCut() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
             append("videoconvertscale") && appendSink(limits))
             enter(GST_STATE_PLAYING);
     }
@@ -168,7 +128,7 @@ class Pipeline {
     /// Takes over the new element; `name` is for the person who lacks it.
     GstElement* add(GstElement* element, const char* name) {
         if (element == nullptr) {
-            outcome_.fail(fmt::format("GStreamer lacks {}.", name));
+            link_.fail(fmt::format("GStreamer lacks {}.", name));
             return nullptr;
         }
         gst_bin_add(GST_BIN(pipeline_.get()), element);
@@ -183,7 +143,7 @@ class Pipeline {
         if (add(element, name) == nullptr)
             return nullptr;
         if (!gst_element_link(last_, element)) {
-            outcome_.fail(fmt::format("The camera's pictures don't fit {}.", name));
+            link_.fail(fmt::format("The camera's pictures don't fit {}.", name));
             return nullptr;
         }
         return last_ = element;
@@ -224,7 +184,7 @@ class Pipeline {
                      "enable-last-sample", FALSE, nullptr);
         GstAppSinkCallbacks callbacks{};
         callbacks.new_sample = takeSample;
-        gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &sink_, nullptr);
+        gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &link_, nullptr);
         return true;
     }
 
@@ -233,17 +193,62 @@ class Pipeline {
             gst_element_set_state(pipeline_.get(), state) != GST_STATE_CHANGE_FAILURE;
         // Most elements have told the reason by now, and the first one told stays.
         if (!entered)
-            outcome_.fail("The preview can't be started.");
+            link_.fail("The preview can't be started.");
         return entered;
     }
 
-    Outcome& outcome_;
-    VideoSink& sink_;
+    PreviewLink& link_;
     GstElementPtr pipeline_;
     GstElement* last_ = nullptr;  // the end of what is linked; owned by the pipeline
 };
 
-/// Runs one preview from start to stop.
+/// One run of a preview, shared with its thread: what waits for the camera is done there alone.
+class Run {
+  public:
+    Run(PreviewOrigin origin, const VideoLimits& limits, VideoSink& sink)
+        : origin_(std::move(origin)), limits_(limits), link_(sink), hold_(origin_.camera) {}
+
+    void perform() {
+        show();
+        ClosingPreviews::all().ended(hold_);
+    }
+
+    /// Returns at once; the thread closes the camera when the camera lets it.
+    void stop() {
+        link_.cut();
+        ClosingPreviews::all().stopped(hold_);
+    }
+
+  private:
+    void show() {
+        if (!ClosingPreviews::all().waitForCamera(hold_, link_.untilCut()))
+            return;
+        // Asked first: merely trying a mode would disturb the pictures that another program takes.
+        std::string known = origin_.whyNotUsable();
+        if (known.empty()) {
+            showUntilTheEnd();
+            if (!link_.isCut())
+                known = origin_.whyNotUsable();
+        }
+        link_.report(known.empty() ? link_.failure() : std::move(known));
+    }
+
+    void showUntilTheEnd() {
+        if (std::string failure = loadGStreamer(); !failure.empty()) {
+            link_.fail(std::move(failure));
+            return;
+        }
+        Pipeline pipeline(link_);
+        pipeline.start(origin_, limits_);
+        link_.wait();
+    }
+
+    const PreviewOrigin origin_;
+    const VideoLimits limits_;
+    PreviewLink link_;
+    ClosingPreviews::Hold hold_;
+};
+
 class Preview : public VideoSource {
   public:
     explicit Preview(PreviewOrigin origin) : origin_(std::move(origin)) {}
@@ -253,37 +258,21 @@ class Preview : public VideoSource {
 
     void start(const VideoLimits& limits, VideoSink& sink) override {
         halt();
-        outcome_ = std::make_unique<Outcome>();
-        thread_ = std::thread([this, limits, &sink] { run(limits, sink); });
+        const auto run = std::make_shared<Run>(origin_, limits, sink);
+        std::thread([run] { run->perform(); }).detach();
+        run_ = run;
     }
 
     void stop() override { halt(); }
 
   private:
-    void run(const VideoLimits& limits, VideoSink& sink) {
-        if (std::string failure = loadGStreamer(); !failure.empty()) {
-            outcome_->fail(std::move(failure));
-        } else {
-            Pipeline pipeline(*outcome_, sink);
-            pipeline.start(origin_, limits);
-            outcome_->wait();
-        }
-        if (outcome_->stopped())
-            return;
-        std::string known = origin_.whyNotUsable();
-        sink.failed(known.empty() ? outcome_->failure() : std::move(known));
-    }
-
     void halt() {
-        if (!thread_.joinable())
-            return;
-        outcome_->stop();
-        thread_.join();
+        if (const auto run = std::exchange(run_, nullptr))
+            run->stop();
     }
 
-    PreviewOrigin origin_;
-    std::unique_ptr<Outcome> outcome_;
-    std::thread thread_;
+    const PreviewOrigin origin_;
+    std::shared_ptr<Run> run_;
 };
 
 }  // namespace
@@ -313,7 +302,7 @@ std::unique_ptr<VideoSource> openPreview(const std::string& path) {
             g_object_set(source, "device", path.c_str(), nullptr);
         return source;
     };
-    return makePreview({makeElement, [path] { return whyNotUsable(path); }});
+    return makePreview({makeElement, [path] { return whyNotUsable(path); }, path});
 }
 
 }  // namespace platform

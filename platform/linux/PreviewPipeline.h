@@ -16,11 +16,15 @@ struct PreviewOrigin {
     std::function<GstElement*()> makeElement;
 
     /// Says in a sentence why the origin can't be used now, or nothing. Called on the preview's
-    /// thread, after the source element has let go of it.
+    /// thread, before there is a source element and after it has let go.
     std::function<std::string()> whyNotUsable;
+
+    /// Names the camera: a preview of one that a stopped preview still holds waits for it.
+    std::string camera = {};
 };
 
-/// Makes a preview of `origin`. Everything that may wait for the camera is done on its own thread.
+/// Makes a preview of `origin`. Everything that may wait for the camera is done on its own thread,
+/// which no call waits for: a stopped preview lets go of the camera as soon as the camera lets it.
 std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin);
 
 /// Makes a preview of the camera whose video4linux node is at `path`.

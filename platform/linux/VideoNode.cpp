@@ -11,6 +11,14 @@
 #include <utility>
 
 namespace platform {
+namespace {
+
+/// A node that is gone is ENODEV, whatever the kernel calls it.
+int openStatus(int error) {
+    return error == ENOENT || error == ENXIO ? ENODEV : error;
+}
+
+}  // namespace
 
 VideoNode::~VideoNode() {
     close();
@@ -21,9 +29,7 @@ int VideoNode::open(const std::string& path) {
     do {
         descriptor_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     } while (descriptor_ < 0 && errno == EINTR);
-    if (descriptor_ >= 0)
-        return 0;
-    return errno == ENOENT || errno == ENXIO ? ENODEV : errno;
+    return descriptor_ >= 0 ? 0 : openStatus(errno);
 }
 
 void VideoNode::close() {
@@ -69,6 +75,11 @@ std::string openFailure(const std::string& path, int status) {
             return fmt::format("The camera at {} can't be opened: {}.", path,
                                std::generic_category().message(status));
     }
+}
+
+std::string whyNotOpenable(const std::string& path) {
+    const bool openable = ::faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS) == 0;
+    return openable ? std::string() : openFailure(path, openStatus(errno));
 }
 
 std::string whyNotUsable(const std::string& path) {

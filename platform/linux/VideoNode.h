@@ -38,6 +38,10 @@ int checkUnused(Ioctl& node);
 /// Says in a sentence why the camera at `path` can't be shown; `status` is an errno value.
 std::string openFailure(const std::string& path, int status);
 
+/// Looks at the file at `path` without waiting for the camera: empty when it may be opened, or why
+/// not, in a sentence.
+std::string whyNotOpenable(const std::string& path);
+
 /// Opens the node at `path` for a moment: empty when a preview could start, or why not, in a
 /// sentence.
 std::string whyNotUsable(const std::string& path);

@@ -3,10 +3,14 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <vector>
+
+#include "platform/linux/ClosingPreviews.h"
 
 namespace platform {
 namespace {
@@ -41,6 +45,11 @@ class Recorder : public VideoSink {
         std::unique_lock lock(mutex_);
         changed_.wait_for(lock, patience, [this] { return !frames_.empty(); });
         return frames_.empty() ? VideoFrame() : frames_.front();
+    }
+
+    VideoFrame last() {
+        const std::lock_guard lock(mutex_);
+        return frames_.empty() ? VideoFrame() : frames_.back();
     }
 
     std::size_t frames() {
@@ -97,6 +106,18 @@ void expectColour(const VideoFrame& frame, std::uint32_t colour) {
             << std::hex << middle(frame);
 }
 
+constexpr const char* small = "video/x-raw,format=YUY2,width=160,height=120,framerate=30/1";
+
+/// Lets what is still being closed end before the process does.
+class Ending : public testing::Environment {
+  public:
+    void TearDown() override {
+        EXPECT_TRUE(ClosingPreviews::all().waitForAll(std::chrono::minutes(1)));
+    }
+};
+
+[[maybe_unused]] const auto* const ending = testing::AddGlobalTestEnvironment(new Ending);
+
 TEST(Preview, ShowsPlainPictures) {
     Recorder recorder;
     const auto source =
@@ -124,16 +145,29 @@ TEST(Preview, MakesLargePicturesFitAndKeepsTheirShape) {
     expectColour(recorder.first(), 0x00FF00);
 }
 
-/// Empties the first pictures that pass, and marks the one after them as damaged.
+/// Spoils the first pictures that pass, each in another way.
 GstPadProbeReturn spoil(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer counter) {
     GstBuffer* buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
-    const int number = (*static_cast<int*>(counter))++;
-    if (number == 0)
-        gst_buffer_memset(buffer, 0, 0x55, gst_buffer_get_size(buffer));
-    else if (number == 1)
-        gst_buffer_memset(buffer, gst_buffer_get_size(buffer) / 2, 0xFF, 40);
-    else if (number == 2)
-        GST_BUFFER_FLAG_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
+    const gsize size = gst_buffer_get_size(buffer);
+    switch ((*static_cast<int*>(counter))++) {
+        case 0:
+            gst_buffer_set_size(buffer, static_cast<gssize>(size / 2));
+            break;
+        case 1:
+            gst_buffer_memset(buffer, 0, 0x55, size);
+            break;
+        case 2:
+            gst_buffer_memset(buffer, size / 2, 0xFF, 40);
+            break;
+        case 3:
+            GST_BUFFER_FLAG_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
+            break;
+        case 4:
+            gst_buffer_set_size(buffer, 0);
+            break;
+        default:
+            break;
+    }
     GST_PAD_PROBE_INFO_DATA(info) = buffer;
     return GST_PAD_PROBE_OK;
 }
@@ -143,7 +177,7 @@ TEST(Preview, GoesOnAfterBrokenJpegs) {
     int pictures = 0;
     const auto makeElement = [&pictures] {
         GstElement* bin = gst_parse_bin_from_description_full(
-            (plain(6,
+            (plain(8,
                    "video/x-raw,format=I420,colorimetry=1:4:0:0,width=640,height=480,"
                    "framerate=30/1 ! jpegenc",
                    0xC04020))
@@ -157,17 +191,16 @@ TEST(Preview, GoesOnAfterBrokenJpegs) {
     source->start({640, 480}, recorder);
     EXPECT_EQ(recorder.reason(), "The camera sends no more pictures.");
     source->stop();
-    EXPECT_EQ(pictures, 6);
-    // The first one can't be decoded, the third is marked; the second may be shown or not.
+    EXPECT_EQ(pictures, 8);
+    // The half one and the one with a hole may be shown or not.
     EXPECT_GE(recorder.frames(), 3U);
-    EXPECT_LE(recorder.frames(), 4U);
-    expectColour(recorder.first(), 0xC04020);
+    EXPECT_LE(recorder.frames(), 5U);
+    expectColour(recorder.last(), 0xC04020);
 }
 
 TEST(Preview, StopsAtOnceAndForGood) {
     Recorder recorder;
-    const auto source =
-        preview(plain(-1, "video/x-raw,format=YUY2,width=160,height=120,framerate=30/1", 0x0000FF));
+    const auto source = preview(plain(-1, small, 0x0000FF));
     for (int round = 0; round < 2; ++round) {
         Recorder fresh;
         source->start({640, 480}, fresh);
@@ -184,17 +217,55 @@ TEST(Preview, StopsAtOnceAndForGood) {
     source->start({640, 480}, recorder);
 }
 
+TEST(Preview, NobodyWaitsForACameraThatHangs) {
+    std::promise<void> hanging;
+    std::promise<void> over;
+    std::atomic<int> opened = 0;
+    const auto makeElement = [&, released = over.get_future().share()]() -> GstElement* {
+        if (++opened == 1) {
+            hanging.set_value();
+            released.wait();
+            return nullptr;  // for which nobody is left to be told
+        }
+        return gst_parse_bin_from_description_full(plain(-1, small, 0x00FF00).c_str(), TRUE,
+                                                   nullptr, GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
+    };
+    const PreviewOrigin origin{makeElement, [] { return std::string(); }, "a camera"};
+    Recorder first;
+    auto source = makePreview(origin);
+    source->start({640, 480}, first);
+    hanging.get_future().wait();
+    source->stop();
+    // Those that follow take their turn behind it, but for those that are given up as well.
+    Recorder next;
+    for (int i = 0; i < 20; ++i) {
+        source = makePreview(origin);
+        source->start({640, 480}, next);
+    }
+    EXPECT_FALSE(ClosingPreviews::all().waitForAll(std::chrono::milliseconds(1)));
+    EXPECT_EQ(opened, 1);
+    Recorder other;
+    const auto elsewhere = preview(plain(1, small, 0x0000FF));
+    elsewhere->start({640, 480}, other);
+    expectColour(other.first(), 0x0000FF);
+    over.set_value();
+    expectColour(next.first(), 0x00FF00);
+    EXPECT_EQ(opened, 2);
+    source.reset();
+    EXPECT_TRUE(ClosingPreviews::all().waitForAll(std::chrono::minutes(1)));
+    EXPECT_EQ(first.failures() + next.failures(), 0U);
+}
+
 TEST(Preview, SaysWhyItEnded) {
     struct Case {
         std::string description;
         std::string notUsable;
         std::string expected;
     };
-    const std::string stream = "video/x-raw,format=YUY2,width=160,height=120,framerate=30/1";
     const Case cases[] = {
-        {plain(-1, stream, 0) + " ! identity error-after=3", "", "The preview has stopped: "},
+        {plain(-1, small, 0) + " ! identity error-after=3", "", "The preview has stopped: "},
         // What is known of the camera tells more than the pipeline's own words.
-        {plain(-1, stream, 0) + " ! identity error-after=3", "The camera is gone.",
+        {plain(-1, small, 0) + " ! identity error-after=3", "The camera is gone.",
          "The camera is gone."},
         {plain(1, "video/x-raw,format=GRAY8,width=16,height=16 ! pngenc", 0), "",
          "no picture format"},

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <stop_token>
+#include <string>
+
+#include "platform/backend/CaptureBackend.h"
+
+namespace platform {
+
+/// Connects a preview's thread to the sink until it is cut. The thread may go on for as long as
+/// the camera holds it up; whoever cuts the link need not wait for that. Thread-safe.
+class PreviewLink {
+  public:
+    explicit PreviewLink(VideoSink& sink) : sink_(sink) {}
+
+    /// No call to the sink is under way or follows after the return.
+    void cut();
+    bool isCut() const { return cut_.stop_requested(); }
+    std::stop_token untilCut() const { return cut_.get_token(); }
+
+    void deliver(VideoFrame frame);
+
+    /// Keeps the first failure: those that follow are its consequences.
+    void fail(std::string reason);
+    std::string failure() const;
+
+    /// Waits until the link is cut or something fails.
+    void wait();
+
+    /// Tells the sink why the preview has ended.
+    void report(std::string reason);
+
+  private:
+    std::stop_source cut_;
+    mutable std::mutex mutex_;  // guards all below, and held while the sink is called
+    std::condition_variable_any changed_;
+    VideoSink& sink_;
+    std::string failure_;
+};
+
+}  // namespace platform
