@@ -33,7 +33,7 @@ class AVCaptureDevice {
     /// The device's unique identifier; valid UTF-8.
     std::string uniqueID() const;
 
-    /// The device's display name; valid UTF-8 without control characters.
+    /// The device's display name; valid UTF-8 without control characters and marks of direction.
     std::string localizedName() const;
 
   private:

@@ -34,6 +34,17 @@ bool isControl(std::string_view sequence) {
     return first < 0x20U || first == 0x7FU || c1;
 }
 
+/// Whether the character breaks a line, or turns the direction of what stands beside it: U+061C,
+/// U+200E and U+200F, U+2028 to U+202E, and U+2066 to U+2069.
+bool scrambles(std::string_view sequence) {
+    if (sequence == "\xD8\x9C")
+        return true;
+    const auto last = static_cast<unsigned char>(sequence.back());
+    if (sequence.starts_with("\xE2\x80"))
+        return last == 0x8EU || last == 0x8FU || (last >= 0xA8U && last <= 0xAEU);
+    return sequence.starts_with("\xE2\x81") && last >= 0xA6U && last <= 0xA9U;
+}
+
 template <class Append>
 std::string transform(std::string_view bytes, Append append) {
     std::string text;
@@ -59,7 +70,7 @@ std::string printableUtf8(std::string_view bytes) {
         if (sequence.empty())
             text += replacementCharacter;
         else
-            text += isControl(sequence) ? std::string_view(" ") : sequence;
+            text += isControl(sequence) || scrambles(sequence) ? std::string_view(" ") : sequence;
     });
 }
 

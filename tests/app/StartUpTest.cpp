@@ -127,10 +127,14 @@ TEST(CameraListTest, CutsLongNamesBetweenCharactersAndFindsThemAgain) {
     EXPECT_EQ(listed(bench), "Studio 10 > ");
     EXPECT_THAT(bench.log().take("n"), ElementsAre(start + "\u00e9 with more behind"));
 
-    const auto broken = bench.plugAnother("Bro\xFFken\n\x1B[1m");
-    EXPECT_EQ(listed(bench), "Studio 10, Bro\uFFFDken  [1m 11 > ");
+    // Neither a terminal's commands nor a change of direction get into the list or the log.
+    bench.log().take();
+    const std::string shown = "Bro\uFFFDken  [1m \u05D0  b ";
+    const auto broken = bench.plugAnother("Bro\xFFken\n\x1B[1m \u05D0\u202E\u2066b\u2028");
+    EXPECT_EQ(listed(bench), "Studio 10, " + shown + " 11 > ");
     bench.bus().unplug(broken);
     EXPECT_EQ(listed(bench), "Studio 10 > ");
+    EXPECT_THAT(bench.log().take("Bro"), ElementsAre(shown));
 }
 
 TEST(CameraListTest, CutsLongIdentifiersToTheirEnd) {
