@@ -31,7 +31,12 @@ bool deliversVideo(udev_device* device, NodeFacts& facts) {
     if (known != nullptr && std::string_view(known).find(":capture:") != std::string_view::npos)
         return true;
     VideoNode node;
-    return node.open(facts.devnode) == 0 && capturesVideo(node, facts.driverName);
+    const int status = node.open(facts.devnode);
+    // A node that may not be asked (yet) counts as a camera when it is its device's first one, so
+    // that opening it can say what is wrong: no further event comes with the permission.
+    if (status == EACCES || status == EPERM)
+        return known == nullptr && udevNumber(device, "index", 10).value_or(0) == 0;
+    return status == 0 && capturesVideo(node, facts.driverName);
 }
 
 int precedingFunctions(udev* context, udev_device* device, udev_device* interface) {
