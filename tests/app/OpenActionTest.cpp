@@ -144,25 +144,4 @@ TEST_F(OpenActionTest, AVideoThatEndsIsLoggedOnceAndTheNextOpenWorks) {
                 ElementsAre("ERROR: trying to open camera: The camera went away."));
 }
 
-TEST_F(OpenActionTest, PulledOutBeforeAnyRequestTheOpenEndsAndTheNextWorks) {
-    press();
-    const std::size_t all = bench_.requests().size();
-    for (unsigned n = 0; n <= all; ++n) {
-        bench_.camera().setFaults({.vanishesAfter = n});
-        type("0x14200000e7a14c10");
-        bench_.log().take();
-        press();
-        EXPECT_THAT(bench_.requests(), SizeIs(n));
-        EXPECT_EQ(bench_.log().take("CameraControl Error").empty(), n == all) << n;
-        bench_.camera().setFaults({});
-        bench_.bus().announceVanished();
-        bench_.bus().unplug(bench_.cameraReference());
-        bench_.bus().plug(bench_.cameraReference());
-        press();
-        EXPECT_THAT(bench_.log().take("CameraControl Error"), IsEmpty()) << "after " << n;
-        bench_.requests();
-    }
-    EXPECT_EQ(bench_.shown("m_lableVersion"), "v3 V9.2.4");
-}
-
 }  // namespace
