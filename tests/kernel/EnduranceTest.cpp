@@ -46,7 +46,7 @@ class Endurance : public testing::Test, public KernelWindow {
 
 // From the first request, over the preview's start and the page load, to the drag of a slider.
 TEST_F(Endurance, PulledOutAtAnyMomentItIsToldAndTheNextOpenWorks) {
-    for (unsigned answered = 0; answered <= 120; answered += 12) {
+    for (unsigned answered = 0; answered <= 120; answered += 24) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
         auto plugged = plug(studioCamera(), 0);
         const int left = log.count(kCameraLeft);
