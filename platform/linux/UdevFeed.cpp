@@ -70,8 +70,9 @@ std::string placeOf(udev_device* node, std::string_view subsystem) {
         parent = udev_device_get_parent(parent);
     const char* bus = parent == nullptr ? nullptr : udev_device_get_subsystem(parent);
     if (bus == nullptr)
-        return fmt::format("virtual:{}", udev_device_get_sysname(node));
-    return fmt::format("{}:{}", bus, udev_device_get_sysname(parent));
+        return fmt::format("virtual:{}", textOrEmpty(udev_device_get_sysname(node)));
+    // libudev has no name to give for a device that goes while it is being looked at.
+    return fmt::format("{}:{}", bus, textOrEmpty(udev_device_get_sysname(parent)));
 }
 
 /// The number of a card's recording node, the D0 of "pcmC1D0c".

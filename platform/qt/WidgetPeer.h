@@ -3,6 +3,7 @@
 #include <QPointer>
 #include <QSignalBlocker>
 #include <QString>
+#include <QStringDecoder>
 #include <QWidget>
 #include <memory>
 #include <string>
@@ -38,7 +39,10 @@ void change(const std::shared_ptr<WidgetPeer>& peer, Operation operation) {
 }
 
 inline QString fromUtf8(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    // Keeps U+FEFF at the start, which the toolkit takes away by default: a camera is found again
+    // by the name that is shown, and its name may start with anything.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
 }
 
 }  // namespace platform
