@@ -1,0 +1,345 @@
+// The real window, controller and channel on devices that say anything, while a user works the
+// widgets in any order.
+
+#include <QApplication>
+#include <cerrno>
+#include <optional>
+#include <set>
+
+#include "app/ViewController.h"
+#include "camera/CameraFunctions.h"
+#include "camera/UVCCameraControl.h"
+#include "devices/CameraList.h"
+#include "devices/CaptureSession.h"
+#include "fuzz/Input.h"
+#include "pages/vendor/VendorPage.h"
+#include "platform/AVCaptureDevice.h"
+#include "platform/AVCaptureSession.h"
+#include "platform/MainLoop.h"
+#include "platform/backend/Backends.h"
+#include "platform/backend/CaptureBackend.h"
+#include "platform/backend/LogSink.h"
+#include "platform/backend/UsbBackend.h"
+#include "platform/qt/Interface.h"
+#include "tests/support/WindowHands.h"
+
+namespace {
+
+/// What happens while a device takes its time; the main loop hears of it afterwards.
+std::function<void()> meanwhile;
+
+IOReturn anyStatus() {
+    static constexpr IOReturn failures[] = {EPIPE, ENODEV, ETIMEDOUT, EBUSY, EACCES, -1};
+    return input.seldom() ? input.oneOf(failures) : 0;
+}
+
+struct FuzzInterface : platform::UsbInterface {
+    IOReturn createPlugIn() override { return anyStatus(); }
+    IOReturn queryInterface() override { return anyStatus(); }
+    IOReturn open() override { return anyStatus(); }
+    IOReturn close() override { return 0; }
+    Descriptor descriptor() const override {
+        return input.seldom() ? Descriptor{input.byte(), input.byte()} : Descriptor{14, 1};
+    }
+    IOReturn controlRequest(IOUSBDevRequest& request) override {
+        enum Answer { whole, word, brief, claim, late, refusal, answers };
+        const std::size_t answer = input.below(answers);
+        const std::size_t most = answer == word ? 2 : answer == brief ? input.below(9) : 0xFFFF;
+        const std::size_t count = std::min<std::size_t>(request.wLength, most);
+        request.wLenDone = static_cast<std::uint32_t>(answer == claim ? ~0U : count);
+        const std::span data(static_cast<std::uint8_t*>(request.pData), count);
+        if ((request.bmRequestType & 0x80U) != 0)
+            input.fill(data);
+        else
+            sent.assign(data.begin(), data.end());
+        if (answer == late)
+            platform::postToMainThread(meanwhile);
+        return answer == refusal ? EPIPE : 0;
+    }
+    std::vector<std::uint8_t> sent;
+};
+
+/// Delivers on the main thread, so that a run repeats itself. One source runs at a time.
+struct FuzzSource : platform::VideoSource {
+    ~FuzzSource() override { running = nullptr; }
+    void start(const platform::VideoLimits& /*limits*/, platform::VideoSink& sink) override {
+        running = &sink;
+        deliver();
+    }
+    void stop() override { running = nullptr; }
+    static void deliver() {
+        if (running == nullptr)
+            return;
+        if (input.seldom())
+            return std::exchange(running, nullptr)->failed(input.text());
+        const int width = input.byte();
+        const int height = input.byte() % 64;
+        const std::ptrdiff_t line = 4 * (width + input.byte() % 3);
+        const auto pixels = std::make_shared<std::vector<std::byte>>(line * height);
+        running->frame({width, height, line, pixels->data(), pixels});
+    }
+    static inline platform::VideoSink* running = nullptr;
+};
+
+/// What a device says of itself when it comes stays.
+struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
+    IOReturn createPlugIn() override { return anyStatus(); }
+    IOReturn queryInterface() override { return anyStatus(); }
+    std::uint16_t vendorID() const override { return 0xAB; }
+    std::uint16_t productID() const override { return product; }
+    std::uint32_t locationID() const override { return product; }
+    std::string uniqueID() const override { return identifier; }
+    std::string localizedName() const override { return name; }
+    bool hasVideo() const override { return video; }
+    IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
+        for (std::size_t i = input.below(3); i < 2; ++i)
+            found.push_back(std::make_shared<FuzzInterface>());
+        return anyStatus();
+    }
+    std::unique_ptr<platform::VideoSource> open(std::string& error) override {
+        if (!input.seldom())
+            return std::make_unique<FuzzSource>();
+        error = input.text();
+        return nullptr;
+    }
+    std::uint8_t product = input.byte() % 10;
+    std::string identifier = input.seldom() ? input.text() : "00ab000" + std::to_string(product);
+    std::string name = input.text();
+    bool video = !input.seldom();
+};
+
+using Devices = std::vector<std::shared_ptr<FuzzDevice>>;
+
+struct CaptureBus : platform::CaptureBackend {
+    std::vector<std::shared_ptr<platform::CaptureDevice>> devices() override {
+        return {attached.begin(), attached.end()};
+    }
+    void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
+    void plug() {
+        attached.push_back(std::make_shared<FuzzDevice>());
+        if (listener != nullptr)
+            listener->arrived(attached.back());
+    }
+    void unplug() {
+        if (attached.empty())
+            return;
+        std::swap(input.oneOf(attached), attached.back());
+        const auto leaving = attached.back();
+        attached.pop_back();
+        listener->left(leaving);
+    }
+    Devices attached;
+    platform::CaptureListener* listener = nullptr;
+};
+
+struct UsbBus : platform::UsbBackend {
+    explicit UsbBus(const Devices& devices) : attached(devices) {}
+    std::vector<std::shared_ptr<platform::UsbDevice>> devices() override {
+        return {attached.begin(), attached.end()};
+    }
+    const Devices& attached;
+};
+
+struct CheckedLog : platform::LogSink {
+    void line(std::string_view text) override {
+        require(QUtf8StringView(text.data(), std::ssize(text)).isValidUtf8(), "a line is UTF-8");
+        require(std::ranges::none_of(text, [](char c) { return c >= 0 && c < ' '; }),
+                "an event is one line");
+    }
+};
+
+/// The window is made once, as that takes longer than most runs. Each run starts on a controller
+/// of its own, at the same place, and on widgets as the interface file left them.
+struct Stage : WindowHands {
+    Stage();
+    QWidget& window() override { return interface->widget(); }
+    void reset();
+
+    static constexpr const char* kept[] = {"enabled", "minimum",  "maximum", "value",        "text",
+                                           "icon",    "tristate", "checked", "autoExclusive"};
+    std::optional<ViewController> controller{std::in_place};
+    std::unique_ptr<platform::InterfaceWindow> interface =
+        platform::InterfaceWindow::load(*controller);
+    std::vector<NSView> outlets;
+    std::vector<std::pair<QWidget*, std::vector<QVariant>>> widgets;
+};
+
+Stage::Stage() {
+    for (const auto& outlet : controller->outlets())
+        outlets.push_back(*outlet.reference);
+    for (auto* widget : window().findChildren<QWidget*>()) {
+        auto& values = widgets.emplace_back(widget, std::vector<QVariant>()).second;
+        for (const char* name : kept)
+            values.push_back(widget->property(name));
+    }
+    window().show();
+}
+
+void Stage::reset() {
+    for (const auto& [widget, values] : widgets) {
+        const QSignalBlocker quiet(widget);
+        if (values.back().isValid())
+            widget->setProperty("autoExclusive", false);  // refuses to switch the last one off
+        for (std::size_t i = 0; i < values.size(); ++i)
+            if (values[i].isValid())
+                widget->setProperty(kept[i], values[i]);
+    }
+    controller->m_previewWnd.setLayer(nullptr);
+    controller.emplace();
+    for (std::size_t i = 0; i < outlets.size(); ++i)
+        controller->outlets()[i].reference->connect(outlets[i]);
+}
+
+/// One life of the program.
+class Run {
+  public:
+    explicit Run(Stage& stage);
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run();
+
+    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
+    void step();
+    void check();
+
+  private:
+    template <class Widget>
+    Widget& any() {
+        const auto all = stage_.window().findChildren<Widget*>();
+        return *input.oneOf(all);
+    }
+    void moveAnySlider();
+    void chooseAnyItem();
+    void transfer();
+    void workByName();
+
+    Stage& stage_;
+    CheckedLog log_;
+    CaptureBus capture_;
+    UsbBus usb_{capture_.attached};
+    NextBox box_{input.below(2) == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole};
+};
+
+Run::Run(Stage& stage) : stage_(stage) {
+    stage_.reset();
+    platform::installBackends({&usb_, &capture_, &log_});
+    for (std::size_t count = input.below(4); count > 0; --count)
+        capture_.plug();
+    meanwhile = [this] {  // behind a box nothing but the bus moves
+        QApplication::activeModalWidget() == nullptr ? step() : capture_.unplug();
+    };
+    platform::startDeviceNotifications();
+    stage_.controller->viewDidLoad();
+}
+
+Run::~Run() {
+    QCoreApplication::processEvents();
+    platform::stopDeviceNotifications();
+    g_captureSession.reset();
+    g_uvcCamera.reset();
+    g_length = 0;
+    platform::installBackends({});
+}
+
+void Run::step() {
+    const std::function<void()> things[] = {
+        [this] { stage_.buttonSending("OnBtnOpenCamera:").click(); },
+        [this] { stage_.list("m_cbxDevice").setEditText(QString::fromStdString(input.text())); },
+        [this] { moveAnySlider(); },
+        [this] { chooseAnyItem(); },
+        [this] { any<QAbstractButton>().click(); },
+        [this] { capture_.plug(); },
+        [this] { capture_.unplug(); },
+        [] { FuzzSource::deliver(); },
+        [this] { transfer(); },
+        [this] { workByName(); },
+    };
+    input.oneOf(things)();
+}
+
+void Run::moveAnySlider() {
+    auto& slider = any<QSlider>();
+    if (slider.isEnabled())
+        slider.setValue(slider.minimum() + input.number<std::uint16_t>());
+}
+
+void Run::chooseAnyItem() {
+    auto& list = any<QComboBox>();
+    if (list.count() == 0 || !list.isEnabled())
+        return;
+    list.setCurrentIndex(input.byte() % list.count());
+    emit list.activated(list.currentIndex());
+}
+
+void Run::transfer() {
+    Guarded buffer(1 + input.below(40));
+    Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.place().data(),
+                     static_cast<std::uint32_t>(buffer.place().size()), input.byte() % 4U);
+    buffer.check();
+}
+
+void Run::workByName() {
+    if (!g_uvcCamera)
+        return;
+    UVCCameraControl& camera = *g_uvcCamera;
+    const auto value = input.number<float>();
+#define WORK(name, selector) camera.set##name(value + camera.get##name());
+    ENUMERATE_NAMED_LEVELS(WORK)
+#undef WORK
+    camera.setExposure(value + camera.getExposure());
+    camera.setData(input.number<std::int64_t>(), input.byte() - 1, input.byte(), input.byte());
+    if (const auto* control = findControl(input.byte() % 3, input.byte() % 32))
+        camera.getRangeForControl(control);
+    UVCCameraControl::initWithLocationID(input.byte());
+}
+
+void Run::check() {
+    for (const auto* slider : stage_.window().findChildren<QSlider*>())
+        require(slider->minimum() < slider->maximum() && slider->minimum() <= slider->value() &&
+                    slider->value() <= slider->maximum(),
+                "a slider stays within its range");
+    const ViewController& controller = *stage_.controller;
+#define CHECK(row, ...)                                                      \
+    require((controller.*vendor::row.list).title() ==                        \
+                std::to_string((controller.*vendor::row.slider).intValue()), \
+            "a list shows its slider's number");
+    ENUMERATE_VENDOR_VALUES(CHECK)
+#undef CHECK
+    std::multiset<std::string> shown;
+    std::multiset<std::string> attached;
+    for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
+        shown.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
+    for (const auto& device : capture_.attached)
+        if (device->hasVideo())
+            attached.emplace(entryName(AVCaptureDevice(device).localizedName()));
+    require(shown == attached, "the list shows the cameras of the bus");
+}
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the name is the sanitizer's.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\n";  // the caches of the toolkit's fonts
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static Stage& stage = []() -> Stage& {
+        static int count = 1;
+        static char name[] = "fuzz-window";
+        static char* arguments[] = {name, nullptr};
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static const auto* const application = new QApplication(count, arguments);
+        require(application != nullptr, "Qt starts");
+        return *new Stage;
+    }();
+    input.rest = {data, size};
+    Run run(stage);
+    while (!input.atEnd()) {
+        run.step();
+        QCoreApplication::processEvents();
+        run.check();
+    }
+    return 0;
+}
