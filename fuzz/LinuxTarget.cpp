@@ -44,10 +44,13 @@ struct FuzzNode : platform::Ioctl {
 };
 
 void sendAnyRequest() {
-    Guarded data(input.below(40));
+    static constexpr std::uint8_t codes[] = {UVC_SET_CUR,  UVC_GET_CUR, UVC_GET_MIN,
+                                             UVC_GET_MAX,  UVC_GET_RES, UVC_GET_LEN,
+                                             UVC_GET_INFO, UVC_GET_DEF, 0xFF};
+    Guarded data(input.below(12));
     input.fill(data.place());
     IOUSBDevRequest request;
-    request.bRequest = input.byte();
+    request.bRequest = input.oneOf(codes);
     request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
     request.wValue = static_cast<std::uint16_t>(input.below(20) << 8U);
     request.wIndex = static_cast<std::uint16_t>(input.below(5) << 8U);
