@@ -137,6 +137,7 @@ void lookAtUsb() {
 }  // namespace
 
 // The main loop is the toolkit's, which has no part in this.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the task is the callee's in the real one
 void platform::postToMainThread(std::function<void()> /*task*/) {}
 
 std::unique_ptr<platform::DescriptorWatch> platform::watchReadable(int /*descriptor*/,

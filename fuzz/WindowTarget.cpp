@@ -61,7 +61,6 @@ struct FuzzInterface : platform::UsbInterface {
 
 /// Delivers on the main thread, so that a run repeats itself. One source runs at a time.
 struct FuzzSource : platform::VideoSource {
-    ~FuzzSource() override { running = nullptr; }
     void start(const platform::VideoLimits& /*limits*/, platform::VideoSink& sink) override {
         running = &sink;
         deliver();
@@ -74,7 +73,7 @@ struct FuzzSource : platform::VideoSource {
             return std::exchange(running, nullptr)->failed(input.text());
         const int width = input.byte();
         const int height = input.byte() % 64;
-        const std::ptrdiff_t line = 4 * (width + input.byte() % 3);
+        const auto line = std::ptrdiff_t{4} * (width + input.byte() % 3);
         const auto pixels = std::make_shared<std::vector<std::byte>>(line * height);
         running->frame({width, height, line, pixels->data(), pixels});
     }
