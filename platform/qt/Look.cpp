@@ -1,6 +1,7 @@
 #include "platform/qt/Look.h"
 
 #include <QApplication>
+#include <QHash>
 #include <QPalette>
 #include <QProxyStyle>
 #include <QSlider>
@@ -92,12 +93,27 @@ class Look : public QProxyStyle {
     /// The style takes its outlines from the window's colour, darkened; the option of a control
     /// that can be worked gets the one that it makes a good line of.
     template <class Option>
-    static std::unique_ptr<Option> outlined(const Option& option) {
+    std::unique_ptr<Option> outlined(const Option& option) const {
         auto changed = std::make_unique<Option>(option);
         if ((option.state & State_Enabled) != 0)
-            changed->palette.setColor(QPalette::Window, lineColor(option.palette).lighter(140));
+            changed->palette = outlined(option.palette);
         return changed;
     }
+
+    /// The same palette for the same one: the style keeps a picture of a control for each.
+    QPalette outlined(const QPalette& palette) const {
+        constexpr qsizetype kPalettes = 32;  // more than are in use at any time
+        if (palettes_.size() > kPalettes)
+            palettes_.clear();
+        const auto known = palettes_.constFind(palette.cacheKey());
+        if (known != palettes_.cend())
+            return *known;
+        QPalette made = palette;
+        made.setColor(QPalette::Window, lineColor(palette).lighter(140));
+        return *palettes_.insert(palette.cacheKey(), made);
+    }
+
+    mutable QHash<qint64, QPalette> palettes_;  // by the key of what they are made of
 };
 
 }  // namespace
