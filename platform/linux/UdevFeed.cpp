@@ -31,7 +31,8 @@ bool deliversVideo(udev_device* device, NodeFacts& facts) {
     if (known != nullptr && std::string_view(known).find(":capture:") != std::string_view::npos)
         return true;
     VideoNode node;
-    return node.open(facts.devnode) == 0 && capturesVideo(node, facts.driverName);
+    return node.open(facts.devnode, udev_device_get_devnum(device)) == 0 &&
+           capturesVideo(node, facts.driverName);
 }
 
 int precedingFunctions(udev* context, udev_device* device, udev_device* interface) {
