@@ -1,8 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <array>
+#include <QProcess>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "tests/kernel/KernelBench.h"
@@ -33,24 +32,12 @@ Bytes testValue(const ControlRow& row) {
     for (const auto& [mode, value] : kManualModes)
         if (mode == row.id)
             return value;
-    const Limits& limits = row.limits;
-    const std::int32_t values[] = {
-        limits.minimum == limits.standard ? limits.maximum : limits.minimum,
-        row.secondLimits ? row.secondLimits->maximum : 0};
-    Bytes bytes(std::max<std::size_t>(row.length, sizeof values));
-    std::memcpy(bytes.data(), values, sizeof values);
-    bytes.resize(row.length);
+    const auto& [minimum, maximum, step, standard] = row.limits;
+    const std::int32_t values[] = {minimum == standard ? maximum : minimum,
+                                   row.secondLimits ? row.secondLimits->maximum : 0};
+    Bytes bytes(row.length);
+    std::memcpy(bytes.data(), values, std::min<std::size_t>(row.length, sizeof values));
     return bytes;
-}
-
-std::string outputOf(const char* command) {
-    std::string text;
-    FILE* pipe = popen(command, "r");
-    std::array<char, 4096> part{};
-    while (const std::size_t count = fread(part.data(), 1, part.size(), pipe))
-        text.append(part.data(), count);
-    pclose(pipe);
-    return text;
 }
 
 class BackEnds : public testing::Test {
@@ -60,14 +47,10 @@ class BackEnds : public testing::Test {
         interface = bench.openInterface(0);
     }
 
-    /// Makes a request that works.
-    Bytes exchange(Request code, ControlId id, Bytes value) {
-        EXPECT_EQ(transfer(*interface, code, id, value), 0);
+    /// Makes a request that ends with `status`; returns what is then in its data.
+    Bytes exchange(Request code, ControlId id, Bytes value, IOReturn status = 0) {
+        EXPECT_EQ(transfer(*interface, code, id, value), status);
         return value;
-    }
-
-    IOReturn statusOf(Request code, ControlId id, Bytes value) {
-        return transfer(*interface, code, id, value);
     }
 
     KernelBench bench;
@@ -111,7 +94,11 @@ TEST_F(BackEnds, CamerasAreListedOnceWithTheirPlaceAndComeAndGo) {
     EXPECT_EQ(device->createPlugIn(), ENODEV);
     EXPECT_EQ(interfaces[0]->open(), ENODEV);
 
-    const std::string text = outputOf("lsusb -v -d e7a1:4c10 2>&1");
+    QProcess tool;
+    tool.setProcessChannelMode(QProcess::MergedChannels);
+    tool.start("lsusb", {"-v", "-d", "e7a1:4c10"});
+    ASSERT_TRUE(tool.waitForFinished());
+    const std::string text = tool.readAll().toStdString();
     for (const char* part : {"Quelvo Studio Camera", "EXTENSION_UNIT", "FORMAT_UNCOMPRESSED"})
         EXPECT_THAT(text, HasSubstr(part));
     for (const char* complaint : {"arning", "nvalid", "nrecognized", "UNKNOWN", "INVALID", "Junk"})
@@ -148,12 +135,12 @@ TEST_F(BackEnds, RefusalsAndSilenceAreErrorsAndPass) {
     // The driver asks for a vendor control's length once, at its first use.
     exchange(GET_CUR, kStyle, Bytes(1));
     plugged.camera().setFaults({.stalled = {kBrightness, kStyle}});
-    EXPECT_EQ(statusOf(SET_CUR, kBrightness, {3, 0}), EPIPE);
-    EXPECT_EQ(statusOf(GET_CUR, kStyle, Bytes(1)), EPIPE);
+    exchange(SET_CUR, kBrightness, {3, 0}, EPIPE);
+    exchange(GET_CUR, kStyle, Bytes(1), EPIPE);
 
     plugged.camera().setWait([](std::chrono::milliseconds) {});
     plugged.camera().setFaults({.delay = kControlTimeout});
-    EXPECT_EQ(statusOf(GET_CUR, kStyle, Bytes(1)), ETIMEDOUT);
+    exchange(GET_CUR, kStyle, Bytes(1), ETIMEDOUT);
 
     plugged.camera().setFaults({});
     exchange(SET_CUR, kBrightness, {3, 0});
@@ -189,12 +176,14 @@ TEST_F(BackEnds, CameraPulledOutInTheMiddleOfRequestsIsGoneForGood) {
     openStudio();
     plugged.camera().setFaults({.vanishesAfter = 2});
     int failures = 0;
+    Bytes preset(1);
     for (int i = 0; i < 4; ++i)
-        failures += statusOf(GET_CUR, kStyle, Bytes(1)) != 0 ? 1 : 0;
+        failures += transfer(*interface, GET_CUR, kStyle, preset) != 0 ? 1 : 0;
     EXPECT_GE(failures, 2);
     bench.unplug(plugged);
-    EXPECT_EQ(statusOf(GET_CUR, kStyle, Bytes(1)), ENODEV);
+    exchange(GET_CUR, kStyle, Bytes(1), ENODEV);
     EXPECT_EQ(interface->close(), 0);
+    exchange(GET_CUR, kStyle, Bytes(1), EBADF);
     // The port takes the next camera, which is another device.
     plugged = bench.plug(studioCamera(), 0);
     EXPECT_EQ(interface->open(), ENODEV);

@@ -20,17 +20,6 @@ bool waitUntil(const std::function<bool()>& done) {
     return done();
 }
 
-void SharedLog::line(std::string_view text) {
-    const std::lock_guard lock(mutex_);
-    lines_.emplace_back(text);
-}
-
-int SharedLog::count(std::string_view prefix) const {
-    const std::lock_guard lock(mutex_);
-    return static_cast<int>(std::ranges::count_if(
-        lines_, [&](const std::string& text) { return text.starts_with(prefix); }));
-}
-
 KernelBench::~KernelBench() {
     // A camera that a test left in its port is on its way out; the next test wants the port free.
     waitUntil([this] { return announced_.empty(); });

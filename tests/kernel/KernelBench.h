@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -18,9 +19,16 @@ bool waitUntil(const std::function<bool()>& done);
 /// Keeps log lines that come on any thread.
 class SharedLog : public platform::LogSink {
   public:
-    void line(std::string_view text) override;
+    void line(std::string_view text) override {
+        const std::lock_guard lock(mutex_);
+        lines_.emplace_back(text);
+    }
     /// How many lines so far start with `prefix`.
-    int count(std::string_view prefix) const;
+    int count(std::string_view prefix) const {
+        const std::lock_guard lock(mutex_);
+        return static_cast<int>(std::ranges::count_if(
+            lines_, [&](const auto& text) { return text.starts_with(prefix); }));
+    }
 
   private:
     mutable std::mutex mutex_;

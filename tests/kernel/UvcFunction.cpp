@@ -13,21 +13,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The one kind of picture that the camera streams, as uncompressed YUY2. Ten a second: the machines
-// that run this are emulated, and slow.
+// The camera streams uncompressed YUY2 in one size, 153600 bytes a picture. Ten a second: the
+// machines that run this are emulated, and slow.
 constexpr unsigned kWidth = 320;
 constexpr unsigned kHeight = 240;
-constexpr unsigned kPictureBytes = 2 * kWidth * kHeight;
-constexpr unsigned kFrameInterval = 1'000'000;  // in units of 100 ns
-constexpr unsigned kHeaderBytes = 2;
+constexpr std::chrono::milliseconds kInterval{100};
 
 /// The answers to GET_DESCRIPTOR (USB 2.0, 9.6; UVC 1.1, 3) in hexadecimal digits; each descriptor
 /// begins with its length. None: "". The models differ in their names and in the lens.
 std::string descriptor(const virtualcam::CameraModel& model, unsigned typeAndIndex) {
-    const bool hasLens = std::ranges::any_of(model.controls, [](const auto& row) {
-        return row.id == virtualcam::ControlId{virtualcam::kCameraTerminal,
-                                               virtualcam::CT_FOCUS_ABSOLUTE_CONTROL};
-    });
+    const bool hasLens = model.controls.size() == virtualcam::studioControls().size();
     std::string name = fmt::format("{:02x}03", 2 + 2 * model.name.size());
     for (const char letter : model.name)  // all are ASCII
         name += fmt::format("{:02x}00", letter);
@@ -67,17 +62,10 @@ Bytes fromHex(const std::string& digits) {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The one way to stream, which every limit equals.
-Bytes negotiated() {
-    uvc_streaming_control stream{};
-    stream.bFormatIndex = 1;
-    stream.bFrameIndex = 1;
-    stream.dwFrameInterval = htole32(kFrameInterval);
-    stream.dwMaxVideoFrameSize = htole32(kPictureBytes);
-    stream.dwMaxPayloadTransferSize = htole32(kHeaderBytes + kPictureBytes);
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&stream);
-    return {bytes, bytes + sizeof stream};
-}
+// The one way to stream, which every limit equals (UVC 1.1, table 4-47): format 1, frame 1, each
+// picture with its header as one payload.
+constexpr const char* kNegotiated =
+    "0000 01 01 40420f00 0000 0000 0000 0000 0000 00580200 02580200 00000000 00 00 00 00";
 
 }  // namespace
 
@@ -95,7 +83,7 @@ IOReturn UvcFunction::control(const usb_ctrlrequest& setup, Bytes& data) {
         return status;
     }
     if (toClass && in)
-        data = negotiated();
+        data = fromHex(kNegotiated);
     else if (toClass && value >> 8 == UVC_VS_COMMIT_CONTROL)
         sent_ = picture_.size();  // a stream starts with a whole picture
     else if (in && setup.bRequest == USB_REQ_GET_DESCRIPTOR)
@@ -113,15 +101,15 @@ int UvcFunction::pause() const {
 /// The virtual camera's own scene takes an emulated machine longer than the host waits for it.
 void UvcFunction::draw() {
     const bool flipped = camera_->nextPicture().flipHorizontal != 0;
-    picture_ = {kHeaderBytes, static_cast<std::uint8_t>(UVC_STREAM_EOH | UVC_STREAM_EOF |
-                                                        ++pictures_ % 2 * UVC_STREAM_FID)};
+    picture_ = {2, static_cast<std::uint8_t>(UVC_STREAM_EOH | UVC_STREAM_EOF |
+                                             ++pictures_ % 2 * UVC_STREAM_FID)};
     for (unsigned i = 0; i < kWidth * kHeight; ++i) {
         const unsigned along = flipped ? kWidth - 1 - i % kWidth : i % kWidth;
         const unsigned grey = 20 + along * 180 / kWidth + pictures_ % 20;
         picture_.insert(picture_.end(), {static_cast<std::uint8_t>(grey), 128});
     }
     sent_ = 0;
-    due_ = Clock::now() + std::chrono::nanoseconds(kFrameInterval * 100LL);
+    due_ = Clock::now() + kInterval;
 }
 
 Bytes UvcFunction::payload(std::size_t room) {
