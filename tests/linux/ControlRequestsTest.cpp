@@ -228,6 +228,7 @@ TEST(VideoNodes, AreCaptureNodesByTheirOwnCapabilities) {
         node.capability.capabilities = all;
         node.capability.device_caps = static_cast<std::uint32_t>(own);
         std::ranges::fill(node.capability.card, 'x');
+        std::ranges::fill(node.capability.bus_info, 'y');
         EXPECT_EQ(capturesVideo(node, card), delivers) << own;
         EXPECT_EQ(card, std::string(sizeof node.capability.card, 'x'));
     }
@@ -243,6 +244,7 @@ TEST(VideoNodes, SayWhyTheyCannotBeUsed) {
     }
     EXPECT_THAT(openFailure("/dev/video0", EACCES), testing::HasSubstr("permission"));
     EXPECT_THAT(openFailure("/dev/video0", EBUSY), testing::HasSubstr("another program"));
+    EXPECT_THAT(openFailure("/dev/video0", ENODEV), testing::HasSubstr("is gone"));
     EXPECT_THAT(openFailure("/dev/video0", EIO), testing::HasSubstr("Input/output error"));
 }
 
@@ -260,6 +262,7 @@ TEST(VideoNodes, HoldTheDeviceThatIsMeantAndNoOther) {
         EXPECT_EQ(node.open("/dev/null", null.st_rdev + 1), ENODEV);
         EXPECT_EQ(node.call(VIDIOC_QUERYCAP, nullptr), EBADF);
         EXPECT_EQ(lowestFree(), before);
+        EXPECT_EQ(node.open("/nonexistent/video0"), ENODEV);
         EXPECT_EQ(node.open("/dev/null", null.st_rdev), 0);
         EXPECT_EQ(node.open("/dev/null"), 0);
     }
