@@ -73,6 +73,9 @@ TEST_F(BackEnds, CamerasAreListedOnceWithTheirPlaceAndComeAndGo) {
     EXPECT_THAT(cameras, ElementsAre("0x01300000e7a14c10", "0x01200000e7a11c05"));
     EXPECT_THAT(others, ElementsAre(testing::EndsWith(":sound")));
 
+    platform::LinuxUsb usb;
+    for (const auto& device : usb.devices())  // and none of their interfaces, which have no ids
+        EXPECT_NE(device->vendorID(), 0);
     const auto device = bench.usbDevice(1);
     ASSERT_TRUE(device);
     EXPECT_EQ(device->vendorID(), 0xE7A1);

@@ -23,7 +23,7 @@ class Preview : public testing::Test {
     bool isBrightAtTheRight() const {
         const platform::VideoFrame& frame = catcher.state().latest;
         const std::byte* row = frame.pixels + frame.height / 2 * frame.bytesPerLine;
-        return row[4 * (frame.width - 9)] > row[4 * 8];
+        return row[std::ptrdiff_t{4} * (frame.width - 9)] > row[32];
     }
 
     KernelBench bench;
