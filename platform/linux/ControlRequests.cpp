@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 #include "platform/linux/ControlRows.h"
@@ -20,6 +21,7 @@ constexpr std::uint8_t fromDevice = 0xA1;  // class request from an interface
 constexpr std::size_t largestRow = 8;      // bytes of the longest standard control
 
 using Bytes = std::span<std::uint8_t>;
+using Description = v4l2_query_ext_ctrl;
 using RowBytes = std::array<std::uint8_t, largestRow>;
 
 Bytes dataOf(const IOUSBDevRequest& request) {
@@ -101,7 +103,7 @@ IOReturn getCurrent(Ioctl& node, const ControlRow& row, Bytes answer) {
     return status;
 }
 
-IOReturn describe(Ioctl& node, std::uint32_t id, v4l2_query_ext_ctrl& control) {
+IOReturn describe(Ioctl& node, std::uint32_t id, Description& control) {
     control = {};
     control.id = id;
     const IOReturn status = callUninterrupted(node, VIDIOC_QUERY_EXT_CTRL, &control);
@@ -109,19 +111,18 @@ IOReturn describe(Ioctl& node, std::uint32_t id, v4l2_query_ext_ctrl& control) {
     return status == kIOReturnSuccess && disabled ? EINVAL : status;
 }
 
-/// The value of `control` that answers GET_MIN, GET_MAX, GET_RES or GET_DEF.
-std::int64_t propertyOf(const v4l2_query_ext_ctrl& control, std::uint8_t request) {
-    switch (request) {
-        case UVC_GET_MIN:
-            return control.minimum;
-        case UVC_GET_MAX:
-            return control.maximum;
-        case UVC_GET_RES:
-            return static_cast<std::int64_t>(control.step);
-        default:
-            return control.default_value;
-    }
-}
+/// A read that a control's description answers.
+struct Property {
+    std::uint8_t request = 0;
+    std::int64_t (*of)(const Description& control) = nullptr;
+};
+
+constexpr Property properties[] = {
+    {UVC_GET_MIN, [](const Description& of) -> std::int64_t { return of.minimum; }},
+    {UVC_GET_MAX, [](const Description& of) -> std::int64_t { return of.maximum; }},
+    {UVC_GET_RES, [](const Description& of) { return static_cast<std::int64_t>(of.step); }},
+    {UVC_GET_DEF, [](const Description& of) -> std::int64_t { return of.default_value; }},
+};
 
 /// Answers GET_RES for a control whose values are bits: the bits that the camera knows.
 IOReturn supportedBits(Ioctl& node, const ControlRow& row, Bytes answer) {
@@ -140,17 +141,17 @@ IOReturn supportedBits(Ioctl& node, const ControlRow& row, Bytes answer) {
     return bits == 0 ? EINVAL : kIOReturnSuccess;
 }
 
-IOReturn getProperty(Ioctl& node, const ControlRow& row, std::uint8_t request, Bytes answer) {
-    if (!row.values.empty() && request == UVC_GET_RES)
+IOReturn getProperty(Ioctl& node, const ControlRow& row, const Property& property, Bytes answer) {
+    if (!row.values.empty() && property.request == UVC_GET_RES)
         return supportedBits(node, row, answer);
-    if (!row.values.empty() && request != UVC_GET_DEF)
+    if (!row.values.empty() && property.request != UVC_GET_DEF)
         return EBADRQC;  // a set of bits has no least and no greatest value
     IOReturn status = kIOReturnSuccess;
     for (std::size_t i = 0; i < row.fields() && status == kIOReturnSuccess; ++i) {
-        v4l2_query_ext_ctrl control;
+        Description control;
         status = describe(node, row.ids[i], control);
         if (status == kIOReturnSuccess)
-            status = v4l2ToField(row, propertyOf(control, request), fieldOf(row, i, answer));
+            status = v4l2ToField(row, property.of(control), fieldOf(row, i, answer));
     }
     return status;
 }
@@ -179,21 +180,14 @@ std::uint8_t capabilities(std::uint32_t flags) {
 IOReturn read(Ioctl& node, const ControlRow& row, std::uint8_t request, RowBytes& answer,
               std::size_t& length) {
     length = row.size();
-    switch (request) {
-        case UVC_GET_CUR:
-            return getCurrent(node, row, answer);
-        case UVC_GET_MIN:
-        case UVC_GET_MAX:
-        case UVC_GET_RES:
-        case UVC_GET_DEF:
-            return getProperty(node, row, request, Bytes(answer).first(row.size()));
-        case UVC_GET_LEN:
-        case UVC_GET_INFO:
-            break;
-        default:
-            return EBADRQC;
-    }
-    v4l2_query_ext_ctrl control;
+    if (request == UVC_GET_CUR)
+        return getCurrent(node, row, answer);
+    const auto* property = std::ranges::find(properties, request, &Property::request);
+    if (property != std::end(properties))
+        return getProperty(node, row, *property, Bytes(answer).first(length));
+    if (request != UVC_GET_LEN && request != UVC_GET_INFO)
+        return EBADRQC;
+    Description control;
     const IOReturn status = describe(node, row.ids[0], control);
     const bool isLength = request == UVC_GET_LEN;
     putField(isLength ? row.size() : capabilities(control.flags), Bytes(answer).first(2));

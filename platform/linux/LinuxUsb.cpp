@@ -58,7 +58,8 @@ class LinuxUsbInterface : public UsbInterface {
         sortByNumber(nodes);
         IOReturn failure = ENODEV;
         for (const UdevDevicePtr& node : nodes) {
-            const IOReturn status = node_.open(textOrEmpty(udev_device_get_devnode(node.get())));
+            const IOReturn status = node_.open(textOrEmpty(udev_device_get_devnode(node.get())),
+                                               udev_device_get_devnum(node.get()));
             std::string card;
             if (status == kIOReturnSuccess && capturesVideo(node_, card))
                 return kIOReturnSuccess;

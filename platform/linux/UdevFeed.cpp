@@ -31,7 +31,7 @@ bool deliversVideo(udev_device* device, NodeFacts& facts) {
     if (known != nullptr && std::string_view(known).find(":capture:") != std::string_view::npos)
         return true;
     VideoNode node;
-    const int status = node.open(facts.devnode);
+    const int status = node.open(facts.devnode, udev_device_get_devnum(device));
     // A node that may not be asked (yet) counts as a camera when it is its device's first one, so
     // that opening it can say what is wrong: no further event comes with the permission.
     if (status == EACCES || status == EPERM)

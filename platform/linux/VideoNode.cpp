@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <linux/videodev2.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -24,12 +25,18 @@ VideoNode::~VideoNode() {
     close();
 }
 
-int VideoNode::open(const std::string& path) {
+int VideoNode::open(const std::string& path, std::optional<dev_t> number) {
     close();
     do {
         descriptor_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     } while (descriptor_ < 0 && errno == EINTR);
-    return descriptor_ >= 0 ? 0 : openStatus(errno);
+    if (descriptor_ < 0)
+        return openStatus(errno);
+    struct stat found {};
+    if (!number || (::fstat(descriptor_, &found) == 0 && found.st_rdev == *number))
+        return 0;
+    close();
+    return ENODEV;
 }
 
 void VideoNode::close() {

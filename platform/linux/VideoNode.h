@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <optional>
 #include <string>
 
 #include "platform/linux/Ioctl.h"
@@ -15,8 +18,9 @@ class VideoNode : public Ioctl {
     ~VideoNode() override;
 
     /// Opens the node at `path` in place of the one held: 0, or an errno value. A node that is
-    /// gone is ENODEV, whatever the kernel calls it.
-    int open(const std::string& path);
+    /// gone is ENODEV, whatever the kernel calls it, and so is one that is not device `number`:
+    /// another may have taken the name.
+    int open(const std::string& path, std::optional<dev_t> number = std::nullopt);
 
     void close();
 

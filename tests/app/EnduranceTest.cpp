@@ -113,7 +113,7 @@ TEST(EnduranceTest, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
             before = Footprint::now();
     }
     const Footprint after = Footprint::now();
-    EXPECT_TRUE(after.isBackAt(before, 64 * 1024)) << after << "; before: " << before;
+    EXPECT_TRUE(after.isBackAt(before, std::size_t{64} * 1024)) << after << "; before: " << before;
     RecordProperty("before", testing::PrintToString(before));
     RecordProperty("after", testing::PrintToString(after));
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/kernel/KernelWindow.h"
+#include "tests/support/CameraBench.h"
 #include "virtualcam/DemoBus.h"
 
 using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of controls throughout
@@ -16,10 +17,10 @@ class Actions : public testing::TestWithParam<Exchange> {
     static void SetUpTestSuite() {
         shared_ = std::make_unique<Shared>();
         shared_->plugged = shared_->window.plug(studioCamera(), 0);
-        setInside(camera(), {kCameraTerminal, virtualcam::CT_FOCUS_AUTO_CONTROL}, {0});
-        setInside(camera(), {kCameraTerminal, virtualcam::CT_AE_MODE_CONTROL}, {1});
-        setInside(camera(),
-                  {kProcessingUnit, virtualcam::PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+        setInCamera(camera(), {kCameraTerminal, virtualcam::CT_FOCUS_AUTO_CONTROL}, {0});
+        setInCamera(camera(), {kCameraTerminal, virtualcam::CT_AE_MODE_CONTROL}, {1});
+        setInCamera(camera(),
+                    {kProcessingUnit, virtualcam::PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
         shared_->window.clickOpen();
     }
     static void TearDownTestSuite() { shared_.reset(); }

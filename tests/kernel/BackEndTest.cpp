@@ -1,9 +1,8 @@
 #include <gmock/gmock.h>
 
-#include <array>
+#include <QProcess>
 #include <cerrno>
-#include <cstdio>
-#include <ostream>
+#include <cstring>
 
 #include "tests/kernel/KernelBench.h"
 #include "virtualcam/DemoBus.h"
@@ -18,6 +17,9 @@ using testing::Not;
 
 using Bytes = std::vector<std::uint8_t>;
 
+constexpr ControlId kStyle{kVendorUnit, XU_STYLE};
+constexpr ControlId kBrightness{kProcessingUnit, PU_BRIGHTNESS_CONTROL};
+
 /// Controls by whose value the others are in the user's hands.
 const std::vector<std::pair<ControlId, Bytes>> kManualModes{
     {{kCameraTerminal, CT_AE_MODE_CONTROL}, {1}},
@@ -25,89 +27,55 @@ const std::vector<std::pair<ControlId, Bytes>> kManualModes{
     {{kProcessingUnit, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0}},
 };
 
-Bytes littleEndian(std::int64_t value, std::size_t count) {
-    Bytes bytes;
-    for (std::size_t i = 0; i < count; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i) & 0xFF));
-    return bytes;
-}
-
 /// A legal value of the row that is not its default: the lowest one, negative where there is one.
 Bytes testValue(const ControlRow& row) {
     for (const auto& [mode, value] : kManualModes)
         if (mode == row.id)
             return value;
-    if (row.kind == ControlKind::trigger)
-        return {1};
-    const std::int32_t value =
-        row.limits.minimum == row.limits.standard ? row.limits.maximum : row.limits.minimum;
-    if (!row.secondLimits)
-        return littleEndian(value, row.length);
-    Bytes both = littleEndian(value, row.length / 2U);
-    const Bytes second = littleEndian(row.secondLimits->maximum, row.length / 2U);
-    both.insert(both.end(), second.begin(), second.end());
-    return both;
-}
-
-/// The write of the row's test value as it is to arrive.
-RequestRecord wireOf(const ControlRow& row) {
-    return {0x21,
-            SET_CUR,
-            static_cast<std::uint16_t>(row.id.selector << 8),
-            static_cast<std::uint16_t>(row.id.unit << 8),
-            row.length,
-            testValue(row),
-            0};
-}
-
-/// The writes that reached the camera. Between them the driver reads what a mode has changed.
-std::vector<RequestRecord> writes(const VirtualCamera& camera) {
-    std::vector<RequestRecord> records = camera.requests();
-    std::erase_if(records, [](const RequestRecord& record) { return record.bRequest != SET_CUR; });
-    return records;
-}
-
-std::string outputOf(const char* command) {
-    std::string text;
-    FILE* pipe = popen(command, "r");
-    std::array<char, 4096> part{};
-    while (const std::size_t count = fread(part.data(), 1, part.size(), pipe))
-        text.append(part.data(), count);
-    pclose(pipe);
-    return text;
+    const auto& [minimum, maximum, step, standard] = row.limits;
+    const std::int32_t values[] = {minimum == standard ? maximum : minimum,
+                                   row.secondLimits ? row.secondLimits->maximum : 0};
+    Bytes bytes(row.length);
+    std::memcpy(bytes.data(), values, std::min<std::size_t>(row.length, sizeof values));
+    return bytes;
 }
 
 class BackEnds : public testing::Test {
   protected:
+    void openStudio() {
+        plugged = bench.plug(studioCamera(), 0);
+        interface = bench.openInterface(0);
+    }
+
+    /// Makes a request that ends with `status`; returns what is then in its data.
+    Bytes exchange(Request code, ControlId id, Bytes value, IOReturn status = 0) {
+        EXPECT_EQ(transfer(*interface, code, id, value), status);
+        return value;
+    }
+
     KernelBench bench;
+    PluggedCamera plugged;
+    std::shared_ptr<platform::UsbInterface> interface;
 };
 
 }  // namespace
 
-TEST_F(BackEnds, DescriptorsAreWhatTheToolForThemExpects) {
-    const auto plugged = bench.plug(studioCamera(), 0);
-    const std::string text = outputOf("lsusb -v -d e7a1:4c10 2>&1");
-    EXPECT_THAT(text, HasSubstr("Quelvo Studio Camera"));
-    EXPECT_THAT(text, HasSubstr("EXTENSION_UNIT"));
-    EXPECT_THAT(text, HasSubstr("FORMAT_UNCOMPRESSED"));
-    for (const char* complaint : {"arning", "nvalid", "nrecognized", "UNKNOWN", "INVALID", "Junk"})
-        EXPECT_THAT(text, Not(HasSubstr(complaint)));
-}
-
-TEST_F(BackEnds, CameraIsListedOnceAndMicrophoneIsNoCamera) {
-    const auto plugged = bench.plug(studioCamera(), 2);
+TEST_F(BackEnds, CamerasAreListedOnceWithTheirPlaceAndComeAndGo) {
+    const auto studio = bench.plug(studioCamera(), 2);
+    auto classic = bench.plug(classicCamera(), 1);
+    EXPECT_EQ(studio.device->localizedName(), "Quelvo Studio Camera");
+    EXPECT_EQ(classic.device->localizedName(), "Quelvo Classic Camera");
     std::vector<std::string> cameras;
     std::vector<std::string> others;
-    for (const auto& device : bench.capture().devices())
+    for (const auto& device : bench.capture.devices())
         (device->hasVideo() ? cameras : others).push_back(device->uniqueID());
-    // The camera's second node carries metadata, no pictures.
-    EXPECT_THAT(cameras, ElementsAre("0x01300000e7a14c10"));
+    // A camera's second node carries metadata, no pictures; a microphone is no camera.
+    EXPECT_THAT(cameras, ElementsAre("0x01300000e7a14c10", "0x01200000e7a11c05"));
     EXPECT_THAT(others, ElementsAre(testing::EndsWith(":sound")));
-    EXPECT_EQ(plugged.device->localizedName(), "Quelvo Studio Camera");
-}
 
-TEST_F(BackEnds, UsbDeviceTellsIdsPlaceAndControlInterface) {
-    const auto plugged = bench.plug(classicCamera(), 1);
+    platform::LinuxUsb usb;
+    for (const auto& device : usb.devices())  // and none of their interfaces, which have no ids
+        EXPECT_NE(device->vendorID(), 0);
     const auto device = bench.usbDevice(1);
     ASSERT_TRUE(device);
     EXPECT_EQ(device->vendorID(), 0xE7A1);
@@ -118,135 +86,108 @@ TEST_F(BackEnds, UsbDeviceTellsIdsPlaceAndControlInterface) {
     EXPECT_EQ(interfaces[0]->descriptor().interfaceClass, 14);
     EXPECT_EQ(interfaces[0]->descriptor().interfaceSubClass, 1);
     EXPECT_EQ(interfaces[1]->descriptor().interfaceSubClass, 2);
+
+    bench.unplug(classic);
+    EXPECT_EQ(bench.usbDevice(1), nullptr);
+    EXPECT_TRUE(bench.usbDevice(2));
+    EXPECT_EQ(device->createPlugIn(), ENODEV);
+    classic = bench.plug(classicCamera(), 1);
+    EXPECT_EQ(classic.device->uniqueID(), "0x01200000e7a11c05");
+    // What was found before is not the camera that is now in the port.
+    EXPECT_EQ(device->createPlugIn(), ENODEV);
+    EXPECT_EQ(interfaces[0]->open(), ENODEV);
+
+    QProcess tool;
+    tool.setProcessChannelMode(QProcess::MergedChannels);
+    tool.start("lsusb", {"-v", "-d", "e7a1:4c10"});
+    ASSERT_TRUE(tool.waitForFinished());
+    const std::string text = tool.readAll().toStdString();
+    for (const char* part : {"Quelvo Studio Camera", "EXTENSION_UNIT", "FORMAT_UNCOMPRESSED"})
+        EXPECT_THAT(text, HasSubstr(part));
+    for (const char* complaint : {"arning", "nvalid", "nrecognized", "UNKNOWN", "INVALID", "Junk"})
+        EXPECT_THAT(text, Not(HasSubstr(complaint)));
 }
 
 TEST_F(BackEnds, EveryControlIsWrittenAndReadWithItsExactBytes) {
-    const auto plugged = bench.plug(studioCamera(), 0);
-    const auto interface = bench.openInterface(0);
-    for (auto [mode, value] : kManualModes)
-        ASSERT_EQ(transfer(*interface, SET_CUR, mode, value), 0);
+    openStudio();
+    for (const auto& [mode, value] : kManualModes)
+        exchange(SET_CUR, mode, value);
     for (const ControlRow& row : plugged.camera().model().controls) {
-        SCOPED_TRACE(testing::Message()
-                     << "unit " << +row.id.unit << " selector " << +row.id.selector);
+        SCOPED_TRACE(testing::Message() << +row.id.unit << ' ' << +row.id.selector);
         plugged.camera().clearRequests();
         Bytes value = testValue(row);
         if ((row.info & kInfoSet) != 0) {
-            ASSERT_EQ(transfer(*interface, SET_CUR, row.id, value), 0);
-            EXPECT_THAT(writes(plugged.camera()), ElementsAre(wireOf(row)));
+            exchange(SET_CUR, row.id, value);
+            // Between the writes the driver reads what a mode has changed.
+            auto arrived = plugged.camera().requests();
+            std::erase_if(arrived, [](const auto& record) { return record.bRequest != SET_CUR; });
+            EXPECT_THAT(arrived, ElementsAre(recordOf(requestFor(SET_CUR, row.id, value), 0)));
         }
-        Bytes answer(row.length);
         if (row.kind == ControlKind::text)
-            value = {'V', '9', '.', '2', '.', '4'};
+            std::ranges::copy(plugged.camera().model().version, value.begin());
         if ((row.info & kInfoGet) != 0) {
-            EXPECT_EQ(transfer(*interface, GET_CUR, row.id, answer), 0);
-            value.resize(row.length);
-            EXPECT_EQ(answer, value);
+            EXPECT_EQ(exchange(GET_CUR, row.id, Bytes(row.length)), value);
         }
+        // The length is told into a room of any size.
+        EXPECT_THAT(exchange(GET_LEN, row.id, Bytes(24)), ElementsAre(row.length, 0));
     }
 }
 
-TEST_F(BackEnds, LengthOfVendorControlIsToldIntoARoomOfAnySize) {
-    const auto plugged = bench.plug(studioCamera(), 0);
-    const auto interface = bench.openInterface(0);
-    Bytes room(24);
-    EXPECT_EQ(transfer(*interface, GET_LEN, {kVendorUnit, XU_VERSION}, room), 0);
-    EXPECT_THAT(room, ElementsAre(24, 0));
-    room.resize(2);
-    EXPECT_EQ(transfer(*interface, GET_LEN, {kVendorUnit, XU_DRC}, room), 0);
-    EXPECT_THAT(room, ElementsAre(2, 0));
-}
-
 TEST_F(BackEnds, RefusalsAndSilenceAreErrorsAndPass) {
-    const auto plugged = bench.plug(studioCamera(), 0);
-    const auto interface = bench.openInterface(0);
-    const ControlId brightness{kProcessingUnit, PU_BRIGHTNESS_CONTROL};
-    const ControlId style{kVendorUnit, XU_STYLE};
-    Bytes level{3, 0};
-    Bytes preset(1);
+    openStudio();
     // The driver asks for a vendor control's length once, at its first use.
-    ASSERT_EQ(transfer(*interface, GET_CUR, style, preset), 0);
+    exchange(GET_CUR, kStyle, Bytes(1));
+    plugged.camera().setFaults({.stalled = {kBrightness, kStyle}});
+    exchange(SET_CUR, kBrightness, {3, 0}, EPIPE);
+    exchange(GET_CUR, kStyle, Bytes(1), EPIPE);
 
-    Faults faults;
-    faults.stalled = {brightness, style};
-    plugged.camera().setFaults(faults);
-    EXPECT_NE(transfer(*interface, SET_CUR, brightness, level), 0);
-    EXPECT_NE(transfer(*interface, GET_CUR, style, preset), 0);
-
-    faults = {};
-    faults.delay = kControlTimeout;
     plugged.camera().setWait([](std::chrono::milliseconds) {});
-    plugged.camera().setFaults(faults);
-    preset.resize(1);
-    EXPECT_EQ(transfer(*interface, GET_CUR, style, preset), ETIMEDOUT);
+    plugged.camera().setFaults({.delay = kControlTimeout});
+    exchange(GET_CUR, kStyle, Bytes(1), ETIMEDOUT);
 
     plugged.camera().setFaults({});
-    level = {3, 0};
-    preset.resize(1);
-    EXPECT_EQ(transfer(*interface, SET_CUR, brightness, level), 0);
-    EXPECT_EQ(transfer(*interface, GET_CUR, style, preset), 0);
+    exchange(SET_CUR, kBrightness, {3, 0});
+    exchange(GET_CUR, kStyle, Bytes(1));
 }
 
 // The driver keeps a copy of what it has read or written once, except of values that the camera
 // declares to move by themselves. A camera that restores its defaults tells no one, so the copies
 // of the others are out of date from then on.
 TEST_F(BackEnds, RestoreReachesMovingAndVendorValuesButNotTheDriversCopies) {
-    const auto plugged = bench.plug(studioCamera(), 0);
-    const auto interface = bench.openInterface(0);
-    for (auto [mode, value] : kManualModes)
-        ASSERT_EQ(transfer(*interface, SET_CUR, mode, value), 0);
-    const ControlId exposure{kCameraTerminal, CT_EXPOSURE_TIME_ABSOLUTE_CONTROL};
-    const ControlId brightness{kProcessingUnit, PU_BRIGHTNESS_CONTROL};
-    const ControlId reduction{kVendorUnit, XU_NR2D};
-    const auto exchange = [&](Request code, ControlId id, Bytes value) {
-        EXPECT_EQ(transfer(*interface, code, id, value), 0);
-        return value;
+    openStudio();
+    for (const auto& [mode, value] : kManualModes)
+        exchange(SET_CUR, mode, value);
+    const struct {
+        ControlId id;
+        Bytes before, after;
+    } rows[] = {
+        {{kCameraTerminal, CT_EXPOSURE_TIME_ABSOLUTE_CONTROL}, {80, 0, 0, 0}, {167, 0, 0, 0}},
+        {kBrightness, {3, 0}, {3, 0}},
+        {{kVendorUnit, XU_NR2D}, {1}, {3}},
     };
-    exchange(SET_CUR, exposure, {80, 0, 0, 0});
-    exchange(SET_CUR, brightness, {3, 0});
-    exchange(SET_CUR, reduction, {1});
-    EXPECT_THAT(exchange(GET_CUR, exposure, Bytes(4)), ElementsAre(80, 0, 0, 0));
-    EXPECT_THAT(exchange(GET_CUR, brightness, Bytes(2)), ElementsAre(3, 0));
-    EXPECT_THAT(exchange(GET_CUR, reduction, Bytes(1)), ElementsAre(1));
-
+    for (const auto& row : rows) {
+        exchange(SET_CUR, row.id, row.before);
+        EXPECT_EQ(exchange(GET_CUR, row.id, Bytes(row.before.size())), row.before);
+    }
     exchange(SET_CUR, {kVendorUnit, XU_RESTORE}, {1});
-
-    ASSERT_EQ(plugged.camera().picture().brightness, 7);
-    EXPECT_THAT(exchange(GET_CUR, exposure, Bytes(4)), ElementsAre(167, 0, 0, 0));
-    EXPECT_THAT(exchange(GET_CUR, brightness, Bytes(2)), ElementsAre(3, 0));
-    EXPECT_THAT(exchange(GET_CUR, reduction, Bytes(1)), ElementsAre(3));
-}
-
-TEST_F(BackEnds, CamerasComeAndGoAtTheirPorts) {
-    auto first = bench.plug(studioCamera(), 0);
-    auto second = bench.plug(classicCamera(), 1);
-    EXPECT_EQ(second.device->localizedName(), "Quelvo Classic Camera");
-    const std::string identifier = second.device->uniqueID();
-    bench.unplug(second);
-    EXPECT_EQ(bench.usbDevice(1), nullptr);
-    ASSERT_TRUE(bench.usbDevice(0));
-    second = bench.plug(classicCamera(), 1);
-    EXPECT_EQ(second.device->uniqueID(), identifier);
+    EXPECT_EQ(plugged.camera().picture().brightness, 7);
+    for (const auto& row : rows)
+        EXPECT_EQ(exchange(GET_CUR, row.id, Bytes(row.after.size())), row.after);
 }
 
 TEST_F(BackEnds, CameraPulledOutInTheMiddleOfRequestsIsGoneForGood) {
-    auto plugged = bench.plug(studioCamera(), 0);
-    const auto interface = bench.openInterface(0);
-    Faults faults;
-    faults.vanishesAfter = 2;
-    plugged.camera().setFaults(faults);
+    openStudio();
+    plugged.camera().setFaults({.vanishesAfter = 2});
     int failures = 0;
-    for (int i = 0; i < 4; ++i) {
-        Bytes preset(1);
-        failures += transfer(*interface, GET_CUR, {kVendorUnit, XU_STYLE}, preset) != 0 ? 1 : 0;
-    }
-    EXPECT_GE(failures, 2);
-    EXPECT_TRUE(bench.waitForDeparture(plugged));
     Bytes preset(1);
-    EXPECT_EQ(transfer(*interface, GET_CUR, {kVendorUnit, XU_STYLE}, preset), ENODEV);
+    for (int i = 0; i < 4; ++i)
+        failures += transfer(*interface, GET_CUR, kStyle, preset) != 0 ? 1 : 0;
+    EXPECT_GE(failures, 2);
+    bench.unplug(plugged);
+    exchange(GET_CUR, kStyle, Bytes(1), ENODEV);
     EXPECT_EQ(interface->close(), 0);
-    EXPECT_NE(interface->open(), 0);
+    exchange(GET_CUR, kStyle, Bytes(1), EBADF);
     // The port takes the next camera, which is another device.
-    plugged.port.reset();
-    const auto next = bench.plug(studioCamera(), 0);
-    EXPECT_NE(interface->open(), 0);
+    plugged = bench.plug(studioCamera(), 0);
+    EXPECT_EQ(interface->open(), ENODEV);
 }

@@ -2,11 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
-#include "platform/backend/CaptureBackend.h"
 #include "platform/backend/LogSink.h"
 #include "platform/linux/LinuxCapture.h"
 #include "platform/linux/LinuxUsb.h"
@@ -16,19 +14,7 @@
 /// alone: what `done` looks at changes on the main thread.
 bool waitUntil(const std::function<bool()>& done);
 
-/// Keeps log lines that come on any thread.
-class SharedLog : public platform::LogSink {
-  public:
-    void line(std::string_view text) override;
-    /// How many lines so far start with `prefix`.
-    int count(std::string_view prefix) const;
-
-  private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> lines_;
-};
-
-/// A camera as the wire gave it to this machine's kernel, and the back ends' views of it.
+/// A camera as the wire gave it to this machine's kernel, and the capture back end's view of it.
 struct PluggedCamera {
     std::unique_ptr<usbip::UsbipCamera> port;
     std::shared_ptr<platform::CaptureDevice> device;
@@ -40,23 +26,18 @@ struct PluggedCamera {
 /// goes with no camera plugged in.
 class KernelBench : public platform::CaptureListener {
   public:
-    KernelBench();
+    KernelBench() { capture.setListener(this); }
     KernelBench(const KernelBench&) = delete;
     KernelBench& operator=(const KernelBench&) = delete;
     ~KernelBench() override;
 
-    platform::LinuxCapture& capture() { return capture_; }
-
     /// Plugs a camera in and waits until it is announced. Throws when that does not happen.
     PluggedCamera plug(const virtualcam::CameraModel& model, unsigned port);
 
-    /// Pulls the camera out and waits until that is announced.
+    /// Pulls the camera out, if it is still in, and waits until its departure is announced.
     void unplug(PluggedCamera& camera);
 
-    /// Waits until the departure of a camera that is out already is announced.
-    bool waitForDeparture(const PluggedCamera& camera);
-
-    /// The USB device of the camera in `port`; null when there is none.
+    /// The USB device of the camera in `port`, a high-speed port of bus 1; null when there is none.
     std::shared_ptr<platform::UsbDevice> usbDevice(unsigned port);
 
     /// The opened video-control interface of the camera in `port`.
@@ -65,20 +46,19 @@ class KernelBench : public platform::CaptureListener {
     void arrived(std::shared_ptr<platform::CaptureDevice> device) override;
     void left(std::shared_ptr<platform::CaptureDevice> device) override;
 
-    /// The place of high-speed port `port` of the first virtual host controller, which is bus 1.
-    static std::uint32_t location(unsigned port) { return 0x01000000U | (port + 1) << 20; }
+    platform::LinuxCapture capture;
 
   private:
-    platform::LinuxCapture capture_;
     platform::LinuxUsb usb_;
-    std::vector<std::shared_ptr<platform::CaptureDevice>> attached_;
+    std::vector<std::shared_ptr<platform::CaptureDevice>> announced_;  // and not gone
+    std::shared_ptr<platform::CaptureDevice> arrived_;  // the latest, until it is plugged
 };
 
 /// A request by the class-specific rules of UVC on `id`, with `data` as what is sent or the room
 /// for the answer.
+IOUSBDevRequest requestFor(virtualcam::Request code, virtualcam::ControlId id,
+                           std::vector<std::uint8_t>& data);
+
+/// Makes the request and cuts `data` to what is done.
 IOReturn transfer(platform::UsbInterface& interface, virtualcam::Request code,
                   virtualcam::ControlId id, std::vector<std::uint8_t>& data);
-
-/// Sets a control of the camera past the kernel, as the camera itself would.
-void setInside(virtualcam::VirtualCamera& camera, virtualcam::ControlId id,
-               std::vector<std::uint8_t> value);

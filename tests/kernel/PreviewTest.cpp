@@ -1,47 +1,29 @@
 #include <gmock/gmock.h>
 
-#include <cerrno>
-#include <cmath>
-#include <cstring>
-
 #include "tests/kernel/FrameCatcher.h"
 #include "tests/kernel/KernelBench.h"
 #include "virtualcam/DemoBus.h"
 
 namespace {
 
-using platform::VideoFrame;
-
-int greenAt(const VideoFrame& frame, int x, int y) {
-    std::uint32_t pixel = 0;
-    std::memcpy(&pixel, frame.pixels + y * frame.bytesPerLine + std::ptrdiff_t{4} * x, 4);
-    return static_cast<int>(pixel >> 8 & 0xFF);
-}
-
-/// How much two pictures of one size differ, the second one mirrored if asked.
-long difference(const VideoFrame& one, const VideoFrame& other, bool mirrored) {
-    long sum = 0;
-    for (int y = 0; y < one.height; y += 2)
-        for (int x = 0; x < one.width; x += 2)
-            sum +=
-                std::abs(greenAt(one, x, y) - greenAt(other, mirrored ? one.width - 1 - x : x, y));
-    return sum;
-}
-
 class Preview : public testing::Test {
   protected:
+    /// Starts a preview and waits for its first pictures.
     std::unique_ptr<platform::VideoSource> start(const PluggedCamera& plugged) {
         std::string error;
         auto source = plugged.device->open(error);
-        EXPECT_TRUE(source) << error;
-        if (source)
-            source->start({320, 240}, catcher);
+        EXPECT_EQ(error, "");
+        source->start({320, 240}, catcher);
+        const int before = catcher.state().frames;
+        EXPECT_TRUE(waitUntil([&] { return catcher.state().frames > before + 1; }));
         return source;
     }
-    bool waitForFrames(int more) {
-        const int wanted = catcher.state().frames + more;
-        return waitUntil(
-            [&] { return catcher.state().frames >= wanted || !catcher.state().failures.empty(); });
+
+    /// Whether the latest picture is brighter at the right edge than at the left one.
+    bool isBrightAtTheRight() const {
+        const platform::VideoFrame& frame = catcher.state().latest;
+        const std::byte* row = frame.pixels + frame.height / 2 * frame.bytesPerLine;
+        return row[std::ptrdiff_t{4} * (frame.width - 9)] > row[32];
     }
 
     KernelBench bench;
@@ -50,46 +32,32 @@ class Preview : public testing::Test {
 
 }  // namespace
 
-TEST_F(Preview, PicturesFollowTheFlip) {
+TEST_F(Preview, ComesFromItsCameraAndFollowsTheFlip) {
+    const auto other = bench.plug(virtualcam::classicCamera(), 1);
     const auto plugged = bench.plug(virtualcam::studioCamera(), 0);
     const auto source = start(plugged);
-    ASSERT_TRUE(source);
-    ASSERT_TRUE(waitForFrames(2));
-    const VideoFrame before = catcher.state().latest;
-    ASSERT_EQ(before.width, 320);
-    ASSERT_EQ(before.height, 240);
+    EXPECT_EQ(catcher.state().latest.width, 320);
+    EXPECT_EQ(catcher.state().latest.height, 240);
+    EXPECT_TRUE(isBrightAtTheRight());
     const auto interface = bench.openInterface(0);
     std::vector<std::uint8_t> on{1};
     const virtualcam::ControlId flip{virtualcam::kVendorUnit, virtualcam::XU_FLIP_H};
     ASSERT_EQ(transfer(*interface, virtualcam::SET_CUR, flip, on), 0);
-    EXPECT_TRUE(waitUntil([&] {
-        const VideoFrame& now = catcher.state().latest;
-        return difference(before, now, true) < difference(before, now, false);
-    }));
+    EXPECT_TRUE(waitUntil([&] { return !isBrightAtTheRight(); }));
     source->stop();
     EXPECT_THAT(catcher.state().failures, testing::IsEmpty());
 }
 
-TEST_F(Preview, StoppedAndStartedAgainDeliversAgain) {
-    const auto plugged = bench.plug(virtualcam::studioCamera(), 0);
-    for (int round = 0; round < 2; ++round) {
-        const auto source = start(plugged);
-        ASSERT_TRUE(source);
-        EXPECT_TRUE(waitForFrames(1));
-    }
-    EXPECT_THAT(catcher.state().failures, testing::IsEmpty());
-}
-
-TEST_F(Preview, CameraPulledOutWhileStreamingFailsOnce) {
+TEST_F(Preview, IsStartedAgainAndFailsOnceWhenTheCameraIsPulledOut) {
     auto plugged = bench.plug(virtualcam::studioCamera(), 0);
+    start(plugged).reset();
     const auto source = start(plugged);
-    ASSERT_TRUE(source);
-    ASSERT_TRUE(waitForFrames(1));
+    EXPECT_THAT(catcher.state().failures, testing::IsEmpty());
     bench.unplug(plugged);
     EXPECT_TRUE(waitUntil([&] { return !catcher.state().failures.empty(); }));
     source->stop();
     EXPECT_EQ(catcher.state().failures.size(), 1U);
     std::string error;
     EXPECT_FALSE(plugged.device->open(error));
-    EXPECT_FALSE(error.empty());
+    EXPECT_THAT(error, testing::EndsWith(" is gone."));
 }

@@ -6,6 +6,7 @@
 #include "tests/kernel/FrameCatcher.h"
 #include "tests/kernel/KernelWindow.h"
 #include "tests/support/CameraBench.h"
+#include "tests/support/CameraBench.h"
 #include "virtualcam/DemoBus.h"
 
 using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of controls throughout
@@ -70,7 +71,7 @@ TEST_F(Window, CameraPulledOutWhileItsPagesLoadEndsTheLoad) {
 
 TEST_F(Window, CameraThatAnotherProgramShowsCanStillBeTuned) {
     const auto plugged = plug(studioCamera(), 0);
-    setInside(plugged.camera(), {kProcessingUnit, virtualcam::PU_BRIGHTNESS_CONTROL}, {3, 0});
+    setInCamera(plugged.camera(), {kProcessingUnit, virtualcam::PU_BRIGHTNESS_CONTROL}, {3, 0});
     std::string error;
     FrameCatcher other;
     const auto source = plugged.device->open(error);

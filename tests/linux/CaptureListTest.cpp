@@ -1,9 +1,7 @@
 #include <gmock/gmock.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
+#include <QFile>
 #include <deque>
 
 #include "platform/linux/LinuxCapture.h"
@@ -17,48 +15,28 @@ using Change = NodeFeed::Change;
 using Names = std::vector<std::string>;
 
 NodeFacts camera(const std::string& port, const std::string& product) {
-    NodeFacts facts;
-    facts.syspath = "/sys/devices/usb1/" + port;
-    facts.sysname = "video0";
-    facts.devnode = "/nonexistent/video0";
-    facts.hasVideo = true;
-    facts.usb = UsbFacts{port, 0x1111, 0x2222, product, 0};
-    return facts;
+    const UsbFacts usb{port, 0x0ABC, 0x1234, product, 0};
+    const std::string path = "/sys/devices/usb1/" + port;
+    return {path, "video0", "/nonexistent/video0", true, 0, "usb:" + port, "Driver ", usb};
 }
 
-/// What a script says is attached, and the events that it puts in the queue.
-class ScriptedFeed : public NodeFeed {
-  public:
-    ScriptedFeed() : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
-    ScriptedFeed(const ScriptedFeed&) = delete;
-    ScriptedFeed& operator=(const ScriptedFeed&) = delete;
-    ~ScriptedFeed() override { ::close(descriptor_); }
-
-    void put(Change change, const NodeFacts& facts = {}) {
-        events.push_back({change, facts});
-        ASSERT_EQ(eventfd_write(descriptor_, 1), 0);
-    }
-
-    int descriptor() const override { return descriptor_; }
-
+/// What a test says is attached and happens. Its descriptor, which the main loop watches, can
+/// always be read.
+struct FakeFeed : NodeFeed {
+    FakeFeed() { file.open(QIODevice::ReadOnly); }
+    int descriptor() const override { return file.handle(); }
+    std::vector<NodeFacts> attached() override { return present; }
     std::optional<Event> next() override {
-        if (events.empty()) {
-            eventfd_t count = 0;
-            eventfd_read(descriptor_, &count);
+        if (events.empty())
             return std::nullopt;
-        }
         Event event = events.front();
         events.pop_front();
         return event;
     }
 
-    std::vector<NodeFacts> attached() override { return present; }
-
-    std::vector<NodeFacts> present;
+    QFile file{"/dev/null"};
+    std::vector<NodeFacts> present{camera("1-1", "A")};
     std::deque<Event> events;
-
-  private:
-    int descriptor_;
 };
 
 class CaptureList : public testing::Test, public CaptureListener {
@@ -81,14 +59,13 @@ class CaptureList : public testing::Test, public CaptureListener {
     }
 
     /// Runs the main loop until the feed's events have been taken.
-    void takeEvents() {
-        const QDeadlineTimer deadline(10000);
-        while (!feed->events.empty() && !deadline.hasExpired())
+    Names afterEvents() {
+        while (!feed->events.empty())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        EXPECT_TRUE(feed->events.empty());
+        return std::exchange(announced, {});
     }
 
-    ScriptedFeed* feed = new ScriptedFeed;  // owned by `capture`
+    FakeFeed* feed = new FakeFeed;  // owned by `capture`
     LinuxCapture capture{std::unique_ptr<NodeFeed>(feed)};
     Names announced;
 
@@ -97,49 +74,28 @@ class CaptureList : public testing::Test, public CaptureListener {
     QCoreApplication application_{argc_, nullptr};
 };
 
-TEST_F(CaptureList, FollowsTheEvents) {
-    feed->present = {camera("1-1", "A")};
-    capture.setListener(this);
+TEST_F(CaptureList, AnnouncesEachDeviceOnceAndOnlyWhatIsListed) {
+    // Without a listener the list is up to date by itself.
     EXPECT_THAT(names(), ElementsAre("A"));
-
-    feed->put(Change::arrived, camera("1-2", "B"));
-    // Still to be announced, so not in the list yet.
-    EXPECT_THAT(names(), ElementsAre("A"));
-    takeEvents();
+    feed->events.push_back({Change::arrived, camera("1-2", "B")});
     EXPECT_THAT(names(), ElementsAre("A", "B"));
 
+    capture.setListener(this);
+    feed->events.push_back({Change::arrived, camera("1-1", "A")});
+    feed->events.push_back({Change::left, camera("1-9", "metadata")});
+    feed->events.push_back({Change::arrived, camera("1-3", "C")});
+    feed->events.push_back({Change::arrived, camera("1-3", "C")});
     // A node that has gone is known by its path alone.
     NodeFacts gone;
     gone.syspath = camera("1-1", "A").syspath;
-    feed->put(Change::left, gone);
-    takeEvents();
-    EXPECT_THAT(names(), ElementsAre("B"));
-    EXPECT_THAT(announced, ElementsAre("+B", "-A"));
-    EXPECT_EQ(capture.devices().front()->uniqueID(), "0x0120000011112222");
-}
+    feed->events.push_back({Change::left, gone});
+    EXPECT_THAT(names(), ElementsAre("A", "B"));  // what is still to be announced
+    EXPECT_THAT(afterEvents(), ElementsAre("+C", "-A"));
+    EXPECT_THAT(names(), ElementsAre("B", "C"));
 
-TEST_F(CaptureList, AnnouncesEachDeviceOnceAndOnlyWhatIsListed) {
-    feed->present = {camera("1-1", "A")};
-    EXPECT_THAT(names(), ElementsAre("A"));
-    feed->put(Change::arrived, camera("1-1", "A"));
-    feed->put(Change::left, camera("1-9", "metadata"));
-    feed->put(Change::arrived, camera("1-2", "B"));
-    feed->put(Change::arrived, camera("1-2", "B"));
-    capture.setListener(this);
-    takeEvents();
-    EXPECT_THAT(announced, ElementsAre("+B"));
-    EXPECT_THAT(names(), ElementsAre("A", "B"));
-}
-
-TEST_F(CaptureList, IsUpToDateWithoutAListener) {
-    feed->present = {camera("1-1", "A")};
-    EXPECT_THAT(names(), ElementsAre("A"));
-    feed->put(Change::arrived, camera("1-2", "B"));
-    EXPECT_THAT(names(), ElementsAre("A", "B"));
-    capture.setListener(this);
     capture.setListener(nullptr);
-    feed->put(Change::left, camera("1-1", "A"));
-    EXPECT_THAT(names(), ElementsAre("B"));
+    feed->events.push_back({Change::left, camera("1-2", "B")});
+    EXPECT_THAT(names(), ElementsAre("C"));
     EXPECT_TRUE(announced.empty());
 }
 
@@ -147,18 +103,17 @@ TEST_F(CaptureList, MakesUpForLostEvents) {
     feed->present = {camera("1-1", "A"), camera("1-2", "B"), camera("1-3", "C")};
     capture.setListener(this);
     feed->present = {camera("1-3", "C"), camera("1-2", "other"), camera("1-4", "D")};
-    feed->put(Change::overflow);
+    feed->events.push_back({Change::overflow, {}});
     // What was already in the queue is older than the new look: C has come back since.
-    feed->put(Change::arrived, camera("1-4", "D"));
-    feed->put(Change::left, camera("1-1", "A"));
-    feed->put(Change::left, camera("1-3", "C"));
-    takeEvents();
-    EXPECT_THAT(announced, ElementsAre("-A", "-B", "+other", "+D"));
+    feed->events.push_back({Change::arrived, camera("1-4", "D")});
+    feed->events.push_back({Change::left, camera("1-1", "A")});
+    feed->events.push_back({Change::left, camera("1-3", "C")});
+    EXPECT_THAT(afterEvents(), ElementsAre("-A", "-B", "+other", "+D"));
     EXPECT_THAT(names(), ElementsAre("C", "other", "D"));
 }
 
 TEST_F(CaptureList, SaysWhyADeviceCannotBeOpened) {
-    feed->present = {camera("1-1", "A"), camera("1-2", "Microphone")};
+    feed->present.push_back(camera("1-2", "Microphone"));
     feed->present[1].hasVideo = false;
     std::string error;
     EXPECT_EQ(capture.devices()[0]->open(error), nullptr);
@@ -166,6 +121,45 @@ TEST_F(CaptureList, SaysWhyADeviceCannotBeOpened) {
     EXPECT_FALSE(capture.devices()[1]->hasVideo());
     EXPECT_EQ(capture.devices()[1]->open(error), nullptr);
     EXPECT_EQ(error, "This device delivers no video.");
+}
+
+TEST(UsbLocations, PackTheBusAndThePortsAndTellWhatDoesNotFit) {
+    const std::tuple<const char*, std::uint32_t, bool> rows[] = {
+        {"usb1", 0x01000000, true},          {"1-2", 0x01200000, true},
+        {"1-2.3.4", 0x01234000, true},       {"20-15.1", 0x14F10000, true},
+        {"2-1.2.3.4.5.6", 0x02123456, true}, {"255-1", 0xFF100000, true},
+        {"1-16.2", 0x01F20000, false},       {"1-1.2.3.4.5.6.7", 0x01123456, false}};
+    for (const auto& [name, id, exact] : rows) {
+        EXPECT_EQ(usbLocation(name).id, id) << name;
+        EXPECT_EQ(usbLocation(name).exact, exact) << name;
+    }
+    for (const char* garbage : {"", "usb", "usbx", "usb1x", "1", "1-", "1-2.", "1-.2", "1-0", "a-b",
+                                "1-2:1.0", "256-1", "-1-2", "1-99999999999", "99999999999-1"}) {
+        EXPECT_EQ(usbLocation(garbage).id, 0U) << garbage;
+        EXPECT_FALSE(usbLocation(garbage).exact) << garbage;
+    }
+}
+
+TEST(Nodes, AreToldApartByIdentifierAndName) {
+    const struct {
+        std::function<void(NodeFacts&)> change;
+        const char* identifierAndName;
+    } rows[] = {
+        {[](NodeFacts&) {}, "0x012300000abc1234 HD"},
+        {[](NodeFacts& facts) { facts.index = 2; }, "0x0123000000020abc1234 HD (video0)"},
+        {[](NodeFacts& facts) { facts.usb->function = 1; }, "0x0123000001000abc1234 HD (video0)"},
+        {[](NodeFacts& facts) { facts.usb->sysname = "1-17"; }, "0x01f00000@1-17:0abc1234 HD"},
+        {[](NodeFacts& facts) { facts.hasVideo = false; }, "usb:1-2.3:0:sound HD"},
+        {[](NodeFacts& facts) { facts.usb->product = " \t"; }, "0x012300000abc1234 Driver"},
+        {[](NodeFacts& facts) { facts.usb->product = facts.driverName = ""; },
+         "0x012300000abc1234 video0"},
+        {[](NodeFacts& facts) { facts.usb.reset(); }, "usb:1-2.3:0:video4linux Driver"},
+    };
+    for (const auto& row : rows) {
+        NodeFacts facts = camera("1-2.3", "HD");
+        row.change(facts);
+        EXPECT_EQ(uniqueIdentifier(facts) + " " + displayName(facts), row.identifierAndName);
+    }
 }
 
 }  // namespace

@@ -80,16 +80,19 @@ TEST(ViewTest, TextsAndOutlinesStandOutInLightAndDark) {
 TEST(ViewTest, NothingIsCutOffOnASmallScreenOrInLargeText) {
     const QFont usual;
     // The second is a small screen when everything is twice as large, not the text alone.
-    for (const auto& [size, factor] :
-         {std::pair{QSize(1024, 700), 1}, {QSize(624, 352), 1}, {QSize(1264, 752), 2}}) {
+    const struct {
+        QSize size;
+        int factor;
+    } rows[] = {{{1024, 700}, 1}, {{624, 352}, 1}, {{1264, 752}, 2}};
+    for (const auto& row : rows) {
         QFont font = usual;
-        font.setPointSize(font.pointSize() * factor);
+        font.setPointSize(font.pointSize() * row.factor);
         QApplication::setFont(font);
         WindowBench bench;
         bench.moveSlider("m_sliderWB", 10000);
-        bench.window().resize(size);
+        bench.window().resize(row.size);
         onEachPage(bench, [&](QWidget& widget, const QImage&) {
-            EXPECT_EQ(bench.window().size(), size);
+            EXPECT_EQ(bench.window().size(), row.size);
             const QSize least = textOf(widget).isEmpty() ? QSize() : widget.minimumSizeHint();
             EXPECT_EQ(widget.size(), widget.size().expandedTo(least));
             for (auto* area : bench.window().findChildren<QScrollArea*>())
