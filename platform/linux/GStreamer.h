@@ -22,6 +22,7 @@ using GstStructurePtr = std::unique_ptr<GstStructure, GstRelease>;
 using GErrorPtr = std::unique_ptr<GError, GstRelease>;
 using GstElementPtr = std::unique_ptr<GstElement, GstRelease>;
 using GstBusPtr = std::unique_ptr<GstBus, GstRelease>;
+using GstBufferPoolPtr = std::unique_ptr<GstBufferPool, GstRelease>;
 using GstPadPtr = std::unique_ptr<GstPad, GstRelease>;
 
 /// Loads GStreamer once for the process: empty, or why it can't be used. From any thread.

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 #include <gst/app/gstappsink.h>
+#include <gst/base/gstbasesrc.h>
 #include <gst/video/video.h>
 
 #include <thread>
@@ -94,6 +95,22 @@ void setIfPresent(GstElement* element, const char* property, int value) {
         g_object_set(element, property, value, nullptr);
 }
 
+/// The pool of a source's buffers, if it has one.
+GstBufferPool* poolOf(GstElement* source) {
+    return source != nullptr && GST_IS_BASE_SRC(source)
+               ? gst_base_src_get_buffer_pool(GST_BASE_SRC(source))
+               : nullptr;
+}
+
+/// The v4l2src of GStreamer 1.22.0, which is Debian 12's, forgets a reference to its pool at every
+/// start. The pool would keep the element, and with it the camera's node open, until the program's
+/// end. Once the pipeline is gone, nobody else but the caller has a reference.
+void releaseForgotten(GstBufferPool* pool) {
+    if (pool != nullptr && g_str_equal(G_OBJECT_TYPE_NAME(pool), "GstV4l2BufferPool") &&
+        !gst_buffer_pool_is_active(pool) && GST_OBJECT_REFCOUNT_VALUE(pool) == 2)
+        gst_object_unref(pool);
+}
+
 /// The elements of one preview; taken down with the object, after which no frame comes.
 class Pipeline {
   public:
@@ -103,11 +120,16 @@ class Pipeline {
     }
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
-    ~Pipeline() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
+    ~Pipeline() {
+        const GstBufferPoolPtr pool(poolOf(source_));
+        gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+        pipeline_.reset();
+        releaseForgotten(pool.get());
+    }
 
     /// Runs from the source to the sink; what goes wrong is told to the link.
     void start(const PreviewOrigin& origin, const VideoLimits& limits) {
-        last_ = add(origin.makeElement(), "the video source");
+        last_ = source_ = add(origin.makeElement(), "the video source");
         if (last_ == nullptr || !enter(GST_STATE_READY))
             return;
         const GstPadPtr pad(gst_element_get_static_pad(last_, "src"));
@@ -199,7 +221,8 @@ class Pipeline {
 
     PreviewLink& link_;
     GstElementPtr pipeline_;
-    GstElement* last_ = nullptr;  // the end of what is linked; owned by the pipeline
+    GstElement* source_ = nullptr;  // owned by the pipeline, as is the next
+    GstElement* last_ = nullptr;    // the end of what is linked; owned by the pipeline
 };
 
 /// One run of a preview, shared with its thread: what waits for the camera is done there alone.

@@ -72,8 +72,9 @@ TEST_F(Endurance, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
     Footprint before;
     for (int i = 0; i <= cycles; ++i) {
         expectSane();
-        // What a preview still holds when it is stopped goes with its thread.
-        g_captureSession->stopRunning();
+        // What a preview still holds when it is stopped goes with its thread, the last picture with
+        // the session.
+        g_captureSession.reset();
         EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
         if (i == 10)
             before = Footprint::now();
