@@ -76,11 +76,13 @@ TEST_F(Endurance, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
         // the session.
         g_captureSession.reset();
         EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
+        log.take();
         if (i == 10)
             before = Footprint::now();
     }
     const Footprint after = Footprint::now();
-    EXPECT_TRUE(after.isBackAt(before, std::size_t{256} * 1024)) << after << "; before: " << before;
+    // A picture (300 KiB) may still be on its way to the window.
+    EXPECT_TRUE(after.isBackAt(before, std::size_t{400} * 1024)) << after << "; before: " << before;
     std::cout << before << "; after: " << after << '\n';
 }
 
