@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <limits>
 
@@ -13,40 +14,66 @@
 
 namespace {
 
-using testing::AllOf;
-using testing::Each;
+using testing::_;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using virtualcam::ControlId;
 using virtualcam::Faults;
+using Bytes = std::vector<std::uint8_t>;
+using Strings = std::vector<std::string>;
 
 constexpr ControlId version{16, XU_VERSION};
 constexpr ControlId flipH{16, XU_FLIP_H};
 constexpr ControlId brightness{3, PU_BRIGHTNESS_CONTROL};
-const std::string refused = "CameraControl Error: Control request failed: 00000020";
+const std::string refused = "Control request failed: 00000020";
 
 class ChannelTest : public testing::Test {
   protected:
-    /// Transfers between the camera and a fresh buffer, of which `length` bytes are offered.
-    std::int64_t transfer(std::uint32_t selector, std::uint32_t length, UnitKind kind,
-                          std::int32_t direction = captureRead) {
-        buffer_.fill(0xEE);
-        return Capture_Transfer(selector, direction, buffer_.data(), length, kind);
+    /// The errors since the last call, without the words that all of them begin with.
+    Strings errors() {
+        const std::string start = "CameraControl Error: ";
+        Strings lines = bench_.log().take(start);
+        for (std::string& line : lines)
+            line.erase(0, start.size());
+        return lines;
     }
 
-    /// Up to where the transfer has written into the buffer.
-    std::size_t touched() const {
-        std::size_t end = buffer_.size();
-        while (end > 0 && buffer_.at(end - 1) == 0xEE)
-            --end;
-        return end;
+    /// Checks that a channel has no interface.
+    void expectDead(UVCCameraControl& channel) {
+        EXPECT_EQ(channel.setGain(1), 1);
+        EXPECT_THAT(errors(), ElementsAre("No interface to send request"));
+        EXPECT_THAT(bench_.requests(), IsEmpty());
     }
 
-    std::vector<std::string> errors() { return bench_.log().take("CameraControl Error: "); }
+    /// Transfers what the camera answers, with these faults, to `room` bytes, of which `changed`
+    /// are then overwritten; one byte more would be noticed by the sanitizer.
+    void reads(UnitKind kind, std::uint32_t selector, std::size_t room, const Faults& faults,
+               long changed, const Strings& wire, const std::string& error = {}) {
+        Bytes buffer(room, 0xEE);
+        transfers(captureRead, kind, selector, buffer, faults, wire, error);
+        EXPECT_EQ(std::ranges::count_if(buffer, [](int byte) { return byte != 0xEE; }), changed);
+    }
+
+    void writes(UnitKind kind, std::uint32_t selector, Bytes bytes, const Faults& faults,
+                const Strings& wire, const std::string& error = {}) {
+        transfers(captureWrite, kind, selector, bytes, faults, wire, error);
+    }
 
     CameraBench bench_;
-    std::array<std::uint8_t, 64> buffer_{};
+
+  private:
+    void transfers(std::int32_t direction, UnitKind kind, std::uint32_t selector, Bytes& buffer,
+                   const Faults& faults, const Strings& wire, const std::string& error) {
+        SCOPED_TRACE(testing::Message() << kind << '/' << selector << ' ' << error);
+        bench_.camera().setFaults(faults);
+        EXPECT_EQ(Capture_Transfer(selector, direction, buffer.data(),
+                                   static_cast<std::uint32_t>(buffer.size()), kind),
+                  error.empty() ? 0 : 1);
+        EXPECT_EQ(bench_.requests(), wire);
+        EXPECT_EQ(errors(), error.empty() ? Strings{} : Strings{error});
+    }
 };
 
 TEST(HexToIntTest, TakesAnyBytesAsDigits) {
@@ -69,58 +96,38 @@ TEST_F(ChannelTest, OpensByTheIdsAtTheEndOrByTheLocation) {
     EXPECT_EQ(UVCCameraControl::initWithLocationID(0x14210000)->setGain(3), 0);
     EXPECT_THAT(second->requests(), SizeIs(1));
     EXPECT_THAT(bench_.requests(), IsEmpty());  // opening asks the camera nothing
-    EXPECT_EQ(UVCCameraControl::initWithLocationID(0x15000000)->setGain(3), 1);
-    EXPECT_THAT(errors(), ElementsAre("CameraControl Error: No interface to send request"));
+    expectDead(*UVCCameraControl::initWithLocationID(0x15000000));
 }
 
-TEST_F(ChannelTest, AnIdentifierThatNamesNoCameraLeavesAChannelWithoutInterface) {
+TEST_F(ChannelTest, WhatPreventsAnOpenIsLoggedOnceAndLeavesAChannelWithoutInterface) {
     bench_.open();
+    const auto opens = [this](const char* key, std::int64_t result, const Strings& log) {
+        EXPECT_EQ(OpenCameraByUniqueID(key), result) << key;
+        EXPECT_EQ(errors(), log);
+        expectDead(*g_uvcCamera);
+    };
     const std::string noMatch = "IOCreatePlugInInterfaceForService returned 0x00000013.";
     const std::string noIds = " does not end in a vendor and a product id.";
-    for (const auto& [key, line] : {std::pair<const char*, std::string>{"0x1420ffff0000", noMatch},
-                                    {"e7a1 4c10", noMatch},
-                                    {"7a14c10", "\"7a14c10\"" + noIds},
-                                    {"\u00e9\u00e9\u00e9", "\"\u00e9\u00e9\u00e9\"" + noIds},
-                                    {"", "\"\"" + noIds}}) {
-        EXPECT_EQ(OpenCameraByUniqueID(key), 1) << key;
-        EXPECT_THAT(bench_.log().take(), ElementsAre("CameraControl Error: " + line));
-        EXPECT_EQ(g_uvcCamera->setGain(1), 1);
-        EXPECT_THAT(errors(), ElementsAre("CameraControl Error: No interface to send request"));
-    }
-    EXPECT_THAT(bench_.requests(), IsEmpty());
-}
-
-TEST_F(ChannelTest, AFailingStepOfOpeningIsLoggedOnceAndLeavesAChannelThatFails) {
-    struct Row {
-        Faults faults;
-        std::int64_t result;
-        std::vector<std::string> log;
-    };
-    for (const Row& row :
-         {Row{{.deviceCreatePlugIn = EBUSY},
-              1,
-              {"CameraControl Error: IOCreatePlugInInterfaceForService returned 0x00000010."}},
-          {{.deviceQueryInterface = EACCES},
-           2,
-           {"CameraControl Error: QueryInterface returned 13."}},
-          {{.noVideoControl = true}, 0, {}},
-          {{.deviceInterfaces = EIO}, 0, {}},
-          {{.interfaceCreatePlugIn = EBUSY},
-           0,
-           {"CameraControl Error: Unable to create a plug-in (00000010)"}},
-          {{.interfaceQueryInterface = EIO},
-           0,
-           {"CameraControl Error: Couldn\u2019t create a device interface for the interface "
-            "(00000005)"}}}) {
-        bench_.camera().setFaults(row.faults);
-        EXPECT_EQ(OpenCameraByUniqueID("e7a14c10"), row.result);
-        EXPECT_EQ(bench_.log().take(), row.log);
+    opens("0x1420ffff0000", 1, {noMatch});
+    opens("e7a1 4c10", 1, {noMatch});
+    opens("7a14c10", 1, {"\"7a14c10\"" + noIds});
+    opens("\u00e9\u00e9\u00e9", 1, {"\"\u00e9\u00e9\u00e9\"" + noIds});
+    opens("", 1, {"\"\"" + noIds});
+    const auto fails = [&](const Faults& faults, std::int64_t result, const Strings& log) {
+        bench_.camera().setFaults(faults);
+        opens("e7a14c10", result, log);
         const auto byLocation = UVCCameraControl::initWithLocationID(0x14200000);
-        EXPECT_EQ(bench_.log().take(), row.log);
-        EXPECT_EQ(g_uvcCamera->setGain(1) + byLocation->setGain(1), 2);
-        EXPECT_THAT(errors(), SizeIs(2));
-    }
-    EXPECT_THAT(bench_.requests(), IsEmpty());
+        EXPECT_EQ(errors(), log);
+        expectDead(*byLocation);
+    };
+    fails({.deviceCreatePlugIn = EBUSY}, 1,
+          {"IOCreatePlugInInterfaceForService returned 0x00000010."});
+    fails({.deviceQueryInterface = EACCES}, 2, {"QueryInterface returned 13."});
+    fails({.noVideoControl = true}, 0, {});
+    fails({.deviceInterfaces = EIO}, 0, {});
+    fails({.interfaceCreatePlugIn = EBUSY}, 0, {"Unable to create a plug-in (00000010)"});
+    fails({.interfaceQueryInterface = EIO}, 0,
+          {"Couldn\u2019t create a device interface for the interface (00000005)"});
 }
 
 /// A bus with one device of one interface, which counts how often it is closed.
@@ -161,62 +168,71 @@ TEST_F(ChannelTest, OpeningAnotherCameraClosesTheOldOnesInterface) {
     EXPECT_EQ(bus.closed(), 2);
 }
 
-TEST_F(ChannelTest, WritesTheLowBytesOfAValue) {
-    bench_.open();
-    EXPECT_EQ(g_uvcCamera->setBrightness(3.9F), 0);
-    EXPECT_EQ(g_uvcCamera->setData(1, 2, XU_FLIP_H, 16), 0);  // one byte on this camera
-    EXPECT_EQ(g_uvcCamera->setData(-1, 2, XU_DRC, 16), 1);    // two bytes; out of range
-    EXPECT_EQ(g_uvcCamera->setData((std::int64_t{-7200} << 32) | 36000, 8, 13, 1), 0);
-    // For the vendor unit the value is one signed byte, whatever the count says; for the others a
-    // count shorter than the control leaves its upper bytes zero.
-    buffer_ = {0xF9};
-    g_length = 8;
-    EXPECT_EQ(g_uvcCamera->Capture_SetValue(UNIT_XU, XU_COMP_VALUE, buffer_.data()), 0);
-    g_length = 1;
-    EXPECT_EQ(g_uvcCamera->Capture_SetValue(UNIT_PU, PU_GAMMA_CONTROL, buffer_.data()), 0);
-    EXPECT_THAT(
-        bench_.requests(),
-        ElementsAre("21 01 0200 0300 2 | 03 00",                            //
-                    "a1 85 1900 1000 2 | 01 00", "21 01 1900 1000 1 | 01",  //
-                    "a1 85 0c00 1000 2 | 02 00", "21 01 0c00 1000 2 | ff ff !",
-                    "21 01 0d00 0100 8 | a0 8c 00 00 e0 e3 ff ff", "a1 85 0b00 1000 2 | 02 00",
-                    "21 01 0b00 1000 2 | f9 ff", "21 01 0900 0300 2 | f9 00"));
-    EXPECT_THAT(bench_.log().take(),
-                ElementsAre("intval:3", refused, "set:length:8 , -30923764495200", "intval:-7",
-                            "intval:249"));
-}
-
 TEST_F(ChannelTest, ReadsInTheLengthThatTheCameraOrTheTableGives) {
     bench_.open();
-    EXPECT_EQ(transfer(XU_VERSION, 24, UNIT_XU), 0);
-    EXPECT_EQ(g_length, 24);
-    EXPECT_EQ(touched(), 24U);
-    EXPECT_STREQ(reinterpret_cast<const char*>(buffer_.data()), "V9.2.4");
-    EXPECT_EQ(bench_.requests().at(0), "a1 85 0900 1000 24 | 18 00");
+    // The rest of a vendor value's buffer is cleared.
+    reads(UNIT_XU, XU_VERSION, 14, {.lengths = {{version, 7}}}, 14,
+          {"a1 85 0900 1000 14 | 07 00", "a1 81 0900 1000 7 | 56 39 2e 32 2e 34 00"});
+    reads(UNIT_PU, PU_BRIGHTNESS_CONTROL, 8, {}, 2, {"a1 81 0200 0300 2 | 07 00"});
+    reads(UNIT_PU, PU_BRIGHTNESS_CONTROL, 8, {.shortReads = {{brightness, 1}}}, 1,
+          {"a1 81 0200 0300 2 | 07"});
+    // A length that does not fit.
+    reads(UNIT_XU, XU_VERSION, 9, {.lengths = {{version, 10}}}, 9, {"a1 85 0900 1000 9 | 0a 00"},
+          "A control of 10 bytes does not fit a buffer of 9");
+    reads(UNIT_XU, XU_VERSION, 1, {}, 0, {}, "No room for a control's length in 1 bytes");
+    reads(UNIT_PU, PU_BRIGHTNESS_CONTROL, 1, {}, 0, {},
+          "A control of 2 bytes does not fit a buffer of 1");
+    reads(UNIT_XU, XU_VERSION, 24, {.stalled = {version}}, 0, {"a1 85 0900 1000 24 !"}, refused);
+    reads(UNIT_PU, PU_BRIGHTNESS_CONTROL, 8, {.stalled = {brightness}}, 0, {"a1 81 0200 0300 2 !"},
+          refused);
+    EXPECT_EQ(g_uvcCamera->getBrightness(), 0.0F);
+}
+
+TEST_F(ChannelTest, WritesTheLowBytesOfAValue) {
+    bench_.open();
+    writes(UNIT_CT, CT_PANTILT_ABSOLUTE_CONTROL, {0xA0, 0x8C, 0, 0, 0xE0, 0xE3, 0xFF, 0xFF}, {},
+           {"21 01 0d00 0100 8 | a0 8c 00 00 e0 e3 ff ff"});
+    // A vendor value is one signed byte, in the length that the camera gives; for the others a
+    // count shorter than the control leaves its upper bytes zero.
+    writes(UNIT_XU, XU_FLIP_H, {1}, {}, {"a1 85 1900 1000 2 | 01 00", "21 01 1900 1000 1 | 01"});
+    writes(UNIT_XU, XU_COMP_VALUE, {0xF9, 1, 1, 1, 1, 1, 1, 1}, {},
+           {"a1 85 0b00 1000 2 | 02 00", "21 01 0b00 1000 2 | f9 ff"});
+    writes(UNIT_XU, XU_DRC, {0xFF}, {},
+           {"a1 85 0c00 1000 2 | 02 00", "21 01 0c00 1000 2 | ff ff !"}, refused);
+    writes(UNIT_PU, PU_GAMMA_CONTROL, {0xF9}, {}, {"21 01 0900 0300 2 | f9 00"});
+    writes(UNIT_PU, PU_GAMMA_CONTROL, {1, 1, 1}, {}, {}, "3 bytes do not fit a control of 2");
+    writes(UNIT_XU, XU_FLIP_H, {1}, {.lengths = {{flipH, 9}}}, {"a1 85 1900 1000 2 | 09 00"},
+           "A control of 9 bytes can't be written");
+    writes(UNIT_XU, XU_FLIP_H, {1}, {.stalled = {flipH}}, {"a1 85 1900 1000 2 !"}, refused);
+    writes(UNIT_PU, PU_GAIN_CONTROL, {1, 0}, {.interfaceOpen = EBUSY}, {},
+           "Unable to open interface (00000010)");
+    // No answer at all ends by the driver's time-out.
+    std::chrono::milliseconds waited{0};
+    bench_.camera().setWait([&](std::chrono::milliseconds time) { waited += time; });
+    writes(UNIT_PU, PU_GAIN_CONTROL, {1, 0}, {.delay = std::chrono::seconds(9)},
+           {"21 01 0400 0300 2 | 01 00 !"}, "Control request failed: 0000006e");
+    EXPECT_EQ(waited, std::chrono::seconds(5));
+    EXPECT_EQ(g_uvcCamera->setData(1, 9, PU_GAIN_CONTROL, 3), 1);
+    EXPECT_THAT(errors(), ElementsAre("A control of 9 bytes can't be written"));
+}
+
+TEST_F(ChannelTest, TracesEveryTransfer) {
+    bench_.open();
+    std::array<std::uint8_t, 24> buffer{1};
+    Capture_Transfer(XU_VERSION, captureRead, buffer.data(), 24, UNIT_XU);
+    buffer = {0xF9, 0, 0, 0, 1};
+    Capture_Transfer(XU_COMP_VALUE, captureWrite, buffer.data(), 1, UNIT_XU);
+    Capture_Transfer(CT_PANTILT_ABSOLUTE_CONTROL, captureWrite, buffer.data(), 8, UNIT_CT);
     EXPECT_THAT(bench_.log().take(),
-                ElementsAre("g_length:24", "bmRequestType2:161 get_data_for:0", "g_length2:24"));
-
-    // A shorter control: the rest of the buffer is cleared, the rest of memory is not.
-    bench_.camera().setFaults({.lengths = {{version, 12}}});
-    EXPECT_EQ(transfer(XU_VERSION, 24, UNIT_XU), 0);
-    EXPECT_EQ(g_length, 12);
-    EXPECT_EQ(buffer_[23], 0);
-    EXPECT_EQ(touched(), 24U);
-
-    EXPECT_EQ(transfer(PU_BRIGHTNESS_CONTROL, 8, UNIT_PU), 0);
-    EXPECT_EQ(g_length, 2);
-    EXPECT_EQ(touched(), 2U);
-    EXPECT_EQ(bench_.requests().back(), "a1 81 0200 0300 2 | 07 00");
-    // A short answer counts as one.
-    bench_.camera().setFaults({.shortReads = {{brightness, 1}}});
-    EXPECT_EQ(transfer(PU_BRIGHTNESS_CONTROL, 8, UNIT_PU), 0);
-    EXPECT_EQ(touched(), 1U);
+                ElementsAre("g_length:24", "bmRequestType2:161 get_data_for:0", "g_length2:24",
+                            "intval:-7", "intval:4294967545", "set:length:8 , 4294967545", _));
 }
 
 TEST_F(ChannelTest, AnswersUnknownControlsAndDirectionsWithZero) {
-    EXPECT_EQ(transfer(2, 8, UNIT_PU), 1);  // there is no camera yet
-    EXPECT_EQ(g_dataBuffer, nullptr);
+    Bytes buffer(8, 0xEE);
+    EXPECT_EQ(Capture_Transfer(2, captureRead, buffer.data(), 8, UNIT_PU), 1);  // no camera yet
     bench_.open();
+    EXPECT_EQ(Capture_Transfer(2, 2, buffer.data(), 8, UNIT_PU), 0);
     int valid = 0;
     for (std::int32_t kind = -1; kind <= 3; ++kind)
         for (std::int32_t selector = -1; selector <= 40; ++selector)
@@ -224,97 +240,53 @@ TEST_F(ChannelTest, AnswersUnknownControlsAndDirectionsWithZero) {
                 ++valid;
             } else {
                 EXPECT_EQ(g_uvcCamera->Capture_GetValue(kind, selector), 0);
-                EXPECT_EQ(g_uvcCamera->Capture_SetValue(kind, selector, buffer_.data()), 0);
+                EXPECT_EQ(g_uvcCamera->Capture_SetValue(kind, selector, buffer.data()), 0);
             }
     EXPECT_EQ(valid, 31);
     EXPECT_EQ(findControl(UNIT_CT, 3), nullptr);
     EXPECT_EQ(findControl(UNIT_XU, 8), nullptr);
-    EXPECT_EQ(transfer(2, 8, UNIT_PU, 2), 0);
-    EXPECT_EQ(touched(), 0U);
     EXPECT_THAT(bench_.requests(), IsEmpty());
     EXPECT_THAT(bench_.log().take(), IsEmpty());
 }
 
-TEST_F(ChannelTest, ALengthThatDoesNotFitStopsTheTransfer) {
+TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
     bench_.open();
-    for (const auto length : std::array<std::uint16_t, 3>{25, 64, 0xFFFF}) {
-        bench_.camera().setFaults({.lengths = {{version, length}, {flipH, length}}});
-        EXPECT_EQ(transfer(XU_VERSION, 24, UNIT_XU), 1);
-        EXPECT_LE(touched(), 24U);
-        EXPECT_EQ(g_uvcCamera->setData(1, 2, XU_FLIP_H, 16), 1);
-        EXPECT_THAT(errors(), SizeIs(2));
-        EXPECT_THAT(bench_.requests(), SizeIs(2));  // the questions alone
+    using Channel = UVCCameraControl;
+    Channel& camera = *g_uvcCamera;
+    for (const bool automatic : {true, false}) {
+        bench_.requests();
+        EXPECT_EQ(camera.setAutoExposure(automatic) + camera.setAutoWhiteBalance(automatic), 0);
+        EXPECT_THAT(bench_.requests(),
+                    ElementsAre(automatic ? "21 01 0200 0100 1 | 08" : "21 01 0200 0100 1 | 01",
+                                automatic ? "21 01 0b00 0300 1 | 01" : "21 01 0b00 0300 1 | 00"));
+        EXPECT_EQ(camera.getAutoExposure(), automatic);
+        EXPECT_EQ(camera.getAutoWhiteBalance(), automatic);
     }
-    bench_.camera().setFaults({});
-    // No room for the two bytes of a length, for a control's own bytes, for a write's count.
-    EXPECT_EQ(transfer(XU_VERSION, 1, UNIT_XU), 1);
-    EXPECT_EQ(touched(), 0U);
-    EXPECT_EQ(transfer(PU_BRIGHTNESS_CONTROL, 1, UNIT_PU), 1);
-    EXPECT_EQ(touched(), 0U);
-    EXPECT_EQ(transfer(PU_BRIGHTNESS_CONTROL, 3, UNIT_PU, captureWrite), 1);
-    EXPECT_EQ(g_uvcCamera->setData(1, 9, PU_GAIN_CONTROL, 3), 1);
-    EXPECT_THAT(errors(), SizeIs(4));
-    EXPECT_THAT(bench_.requests(), IsEmpty());
-}
-
-TEST_F(ChannelTest, AFailingCameraIsLoggedAndNothingIsRetried) {
-    bench_.open();
-    bench_.camera().setFaults({.stalled = {version, brightness}});
-    EXPECT_EQ(transfer(XU_VERSION, 24, UNIT_XU), 1);
-    EXPECT_EQ(g_uvcCamera->setData(1, 2, XU_VERSION, 16), 1);
-    EXPECT_EQ(transfer(PU_BRIGHTNESS_CONTROL, 8, UNIT_PU), 1);
-    EXPECT_THAT(bench_.requests(),
-                ElementsAre("a1 85 0900 1000 24 !", "a1 85 0900 1000 2 !", "a1 81 0200 0300 2 !"));
-    EXPECT_THAT(errors(), AllOf(SizeIs(3), Each(refused)));
-    EXPECT_EQ(g_uvcCamera->getBrightness(), 0.0F);
-    errors();
-
-    bench_.camera().setFaults({.interfaceOpen = EBUSY});
-    EXPECT_EQ(g_uvcCamera->setGain(1), 1);
-    // No answer at all ends by the driver's time-out; the camera is then pulled out.
-    std::chrono::milliseconds waited{0};
-    bench_.camera().setWait([&](std::chrono::milliseconds time) { waited += time; });
-    bench_.camera().setFaults({.delay = std::chrono::seconds(9)});
-    EXPECT_EQ(g_uvcCamera->setGain(1), 1);
-    EXPECT_EQ(waited, std::chrono::seconds(5));
-    bench_.bus().unplug(bench_.cameraReference());
-    EXPECT_EQ(g_uvcCamera->setGain(1), 1);
-    EXPECT_THAT(errors(), ElementsAre("CameraControl Error: Unable to open interface (00000010)",
-                                      "CameraControl Error: Control request failed: 0000006e",
-                                      "CameraControl Error: Unable to open interface (00000013)"));
-}
-
-TEST_F(ChannelTest, NamedControlsDecodeWhatTheyRead) {
-    bench_.open();
-    UVCCameraControl& camera = *g_uvcCamera;
-    EXPECT_EQ(camera.setAutoExposure(false) + camera.setExposure(-99.7F), 0);
-    EXPECT_EQ(camera.setAutoWhiteBalance(false) + camera.setWhiteBalance(6500.9F), 0);
-    EXPECT_EQ(camera.setContrast(3) + camera.setSaturation(120) + camera.setSharpness(4), 0);
+    const auto level = [&](auto set, auto get, float value, float kept, const char* wire) {
+        bench_.requests();
+        EXPECT_EQ((camera.*set)(value), 0);
+        EXPECT_EQ((camera.*get)(), kept);
+        EXPECT_EQ(bench_.requests().at(0), wire);
+    };
+    level(&Channel::setExposure, &Channel::getExposure, -99.7F, -99,
+          "21 01 0400 0100 4 | 64 00 00 00");
+    level(&Channel::setGain, &Channel::getGain, std::numeric_limits<float>::infinity(), 0,
+          "21 01 0400 0300 2 | 00 00");
+#define LEVEL(name, value, wire) level(&Channel::set##name, &Channel::get##name, value, value, wire)
+    LEVEL(WhiteBalance, 6500, "21 01 0a00 0300 2 | 64 19");
+    LEVEL(Brightness, 3, "21 01 0200 0300 2 | 03 00");
+    LEVEL(Contrast, 4, "21 01 0300 0300 2 | 04 00");
+    LEVEL(Saturation, 120, "21 01 0700 0300 2 | 78 00");
+    LEVEL(Sharpness, 5, "21 01 0800 0300 2 | 05 00");
+#undef LEVEL
+    EXPECT_EQ(camera.GetExpCompSwitch(), 1);
     EXPECT_EQ(camera.SetExpCompSwitch(0), 0);
-    EXPECT_THAT(bench_.requests(),
-                ElementsAre("21 01 0200 0100 1 | 01", "21 01 0400 0100 4 | 64 00 00 00",
-                            "21 01 0b00 0300 1 | 00", "21 01 0a00 0300 2 | 64 19",
-                            "21 01 0300 0300 2 | 03 00", "21 01 0700 0300 2 | 78 00",
-                            "21 01 0800 0300 2 | 04 00", "a1 85 0a00 1000 2 | 01 00",
-                            "21 01 0a00 1000 1 | 00"));
-    EXPECT_FALSE(camera.getAutoExposure() || camera.getAutoWhiteBalance());
-    const std::array levels{camera.getExposure(),   camera.getWhiteBalance(), camera.getContrast(),
-                            camera.getSaturation(), camera.getSharpness(),    camera.getGain()};
-    EXPECT_THAT(levels, ElementsAre(-99.0F, 6500.0F, 3.0F, 120.0F, 4.0F, 6.0F));
+    EXPECT_THAT(bench_.requests(), Contains("21 01 0a00 1000 1 | 00"));
     EXPECT_EQ(camera.GetExpCompSwitch(), 0);
-    camera.setAutoExposure(true);
-    camera.setAutoWhiteBalance(true);
-    EXPECT_TRUE(camera.getAutoExposure() && camera.getAutoWhiteBalance());
-    bench_.requests();
     const UVCControlRange range = camera.getRangeForControl(findControl(UNIT_XU, XU_COMP_VALUE));
-    EXPECT_EQ(range.min, -7);
-    EXPECT_EQ(range.max, 7);
-    EXPECT_THAT(bench_.requests(),
-                ElementsAre("a1 85 0b00 1000 8 | 02 00", "a1 82 0b00 1000 2 | f9 ff",
-                            "a1 85 0b00 1000 8 | 02 00", "a1 83 0b00 1000 2 | 07 00"));
+    EXPECT_EQ(std::pair(range.min, range.max), std::pair(-7, 7));
     EXPECT_EQ(g_dataBuffer, nullptr);  // the slots are the caller's again
-    EXPECT_EQ(UVCCameraControl::mapValue(5, 0, 10, 100, 200), 150.0F);
-    EXPECT_EQ(camera.setGain(std::numeric_limits<float>::infinity()), 0);  // no number: 0
+    EXPECT_EQ(Channel::mapValue(5, 0, 10, 100, 200), 150.0F);
 }
 
 }  // namespace

@@ -16,50 +16,15 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::ValuesIn;
 
-std::string nameOf(const testing::TestParamInfo<Exchange>& info) {
-    return info.param.name;
+void loadPages(WindowBench& bench) {
+    InitXUPage(bench.controller());
+    bench.controller().ReadConfig_UVC();
+    bench.controller().InitUVCPage();
 }
 
-class ExchangeTest : public testing::TestWithParam<Exchange> {
-  protected:
-    static void loadPages(WindowBench& bench) {
-        InitXUPage(bench.controller());
-        bench.controller().ReadConfig_UVC();
-        bench.controller().InitUVCPage();
-    }
-
-    /// Performs the exchange with what has come so far forgotten.
-    static void performOn(WindowBench& bench) {
-        bench.requests();
-        bench.log().take();
-        const Stage stage{bench, bench.camera(), bench.log(), [&] { loadPages(bench); },
-                          [](const auto&) { return false; }};
-        perform(GetParam(), stage);
-    }
-};
-
-class LoadedPageTest : public ExchangeTest {};
-class PageLoadTest : public ExchangeTest {};
-class NoCameraTest : public ExchangeTest {};
-
-TEST_P(LoadedPageTest, Goes) {
-    WindowBench bench;
-    bench.open();
-    setInCamera(bench.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
-    setInCamera(bench.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
-    setInCamera(bench.camera(), {1, CT_AE_MODE_CONTROL}, {1});
-    loadPages(bench);
-    performOn(bench);
-}
-INSTANTIATE_TEST_SUITE_P(StandardPage, LoadedPageTest,
-                         ValuesIn(readExchanges({"standard-page.txt"}, "direct")), nameOf);
-INSTANTIATE_TEST_SUITE_P(VendorPage, LoadedPageTest,
-                         ValuesIn(readExchanges({"vendor-page.txt"}, "direct")), nameOf);
-
-TEST_P(PageLoadTest, Goes) {
-    // A camera whose every control takes any value of its size.
+/// A camera whose every control takes any value of its size.
+virtualcam::CameraModel tolerantCamera() {
     virtualcam::CameraModel model = virtualcam::studioCamera();
     for (auto& row : model.controls) {
         if (row.kind == virtualcam::ControlKind::text ||
@@ -73,19 +38,32 @@ TEST_P(PageLoadTest, Goes) {
             row.secondLimits = row.limits;
         row.automatic.reset();
     }
-    WindowBench bench(model);
-    bench.open();
-    performOn(bench);
+    return model;
 }
-INSTANTIATE_TEST_SUITE_P(Pages, PageLoadTest, ValuesIn(readExchanges({"page-load.txt"}, "direct")),
-                         nameOf);
 
-TEST_P(NoCameraTest, Goes) {
-    WindowBench bench;
-    performOn(bench);
+class ExchangeTest : public testing::TestWithParam<Exchange> {};
+
+TEST_P(ExchangeTest, Goes) {
+    const auto isIn = [](const char* script) { return GetParam().file.ends_with(script); };
+    WindowBench bench(isIn("page-load.txt") ? tolerantCamera() : virtualcam::studioCamera());
+    if (!isIn("no-camera.txt"))
+        bench.open();
+    if (isIn("standard-page.txt") || isIn("vendor-page.txt")) {
+        setInCamera(bench.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+        setInCamera(bench.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
+        setInCamera(bench.camera(), {1, CT_AE_MODE_CONTROL}, {1});
+        loadPages(bench);
+    }
+    bench.requests();
+    bench.log().take();
+    perform(GetParam(), {bench, bench.camera(), bench.log(), [&] { loadPages(bench); },
+                         [](const auto&) { return false; }});
 }
-INSTANTIATE_TEST_SUITE_P(Pages, NoCameraTest, ValuesIn(readExchanges({"no-camera.txt"}, "direct")),
-                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Pages, ExchangeTest,
+                         testing::ValuesIn(readExchanges({"standard-page.txt", "vendor-page.txt",
+                                                          "page-load.txt", "no-camera.txt"},
+                                                         "direct")),
+                         [](const auto& exchange) { return exchange.param.name; });
 
 TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
     for (const auto& [version, label] : {std::pair{"V9.2.4", "v3 V9.2.4"},

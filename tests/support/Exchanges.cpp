@@ -214,10 +214,12 @@ void PrintTo(const Exchange& exchange, std::ostream* out) {
 std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,
                                     const std::string& stage) {
     static const std::regex parts("(?:(direct|kernel): *)?(== )?(.*?) *");
-    std::vector<std::pair<bool, Exchange>> blocks;  // each with whether the stage takes it
+    std::vector<Exchange> blocks;
     for (const char* name : files) {
-        std::ifstream file(std::string(QUELVO_EXCHANGES) + name);
+        const std::string path = std::string(QUELVO_EXCHANGES) + name;
+        std::ifstream file(path);
         std::string text;
+        bool takesBlock = false;
         for (int line = 1; std::getline(file, text); ++line) {
             std::istringstream statements(text.substr(0, text.find('#')));
             while (std::getline(statements >> std::ws, text, ';')) {
@@ -225,20 +227,17 @@ std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,
                 std::regex_match(text, part, parts);
                 const bool taken = !part[1].matched || part[1] == stage;
                 if (part[2].matched)
-                    blocks.push_back(
-                        {taken, {QUELVO_EXCHANGES + std::string(name), line, part[3], {}}});
-                else if (taken)
-                    blocks.at(blocks.size() - 1).second.statements.push_back({line, part[3]});
+                    takesBlock = taken;
+                if (part[2].matched && taken)
+                    blocks.push_back({path, line, part[3], {}});
+                else if (takesBlock && taken)
+                    blocks.back().statements.push_back({line, part[3]});
             }
         }
-        if (blocks.empty() || !blocks.back().second.file.ends_with(name))
-            throw std::runtime_error(std::string("no exchanges in ") + name);
+        if (blocks.empty() || blocks.back().file != path)
+            fail("no exchanges in " + path);
     }
-    std::vector<Exchange> all;
-    for (auto& [taken, block] : blocks)
-        if (taken)
-            all.push_back(std::move(block));
-    return all;
+    return blocks;
 }
 
 void perform(const Exchange& exchange, const Stage& stage) {

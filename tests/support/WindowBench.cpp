@@ -49,3 +49,8 @@ bool WindowBench::waitUntil(const std::function<bool()>& condition) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     return condition();
 }
+
+void WindowBench::awaitPicture() {
+    if (!waitUntil([] { return g_captureSession->latestFrame() != nullptr; }))
+        throw std::runtime_error("no picture comes");
+}

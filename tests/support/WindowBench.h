@@ -29,6 +29,8 @@ class WindowBench : public CameraBench, public WindowHands {
 
     /// Handles events until `condition` holds; false when it does not within some seconds.
     static bool waitUntil(const std::function<bool()>& condition);
+    /// Waits until the preview has a picture.
+    static void awaitPicture();
 
   private:
     std::unique_ptr<ViewController> controller_;

@@ -98,7 +98,9 @@ class Witness : public platform::CaptureListener, public platform::VideoSink {
     void frame(platform::VideoFrame frame) override {
         note(std::to_string(frame.width));
         const std::lock_guard lock(mutex_);
-        frames_.push_back(std::move(frame));  // held, and so never drawn over
+        for (const platform::VideoFrame& held : frames_)
+            EXPECT_NE(held.pixels, frame.pixels) << "what is held is never drawn over";
+        frames_.push_back(std::move(frame));
     }
     void failed(std::string reason) override { note(reason); }
 
@@ -149,9 +151,18 @@ TEST(BusTest, AnnouncesEachDeviceOnceAndEndsPicturesWithThePlug) {
     EXPECT_TRUE(bus.failVideo(camera, "Broken"));
     witness.await("Broken");
     source->start({640, 480}, witness);
-    witness.await("640");
+    for (int pictures = 0; pictures < 3; ++pictures) {
+        witness.take();
+        witness.await("640");
+    }
     std::vector<std::shared_ptr<platform::UsbInterface>> found;
-    ASSERT_EQ(bus.usb().devices()[0]->interfaces(found), 0);
+    for (int handles = 0; handles < 2; ++handles)
+        ASSERT_EQ(bus.usb().devices()[0]->interfaces(found), 0);
+    const auto other = found.at(found.size() / 2);
+    IOUSBDevRequest request{};
+    EXPECT_EQ(found[0]->controlRequest(request), EBADF) << "it is not open";
+    EXPECT_EQ(found[0]->open(), 0);
+    EXPECT_EQ(other->open(), EBUSY);
     Bytes on{1};
     ASSERT_EQ(send(*camera, SET_CUR, {kVendorUnit, XU_AUDIO_SWITCH}, on), RequestError::none);
     EXPECT_EQ(bus.capture().devices().size(), 2U) << "streams switch when the camera starts";
@@ -161,7 +172,8 @@ TEST(BusTest, AnnouncesEachDeviceOnceAndEndsPicturesWithThePlug) {
     EXPECT_EQ(device->open(error), nullptr);
     bus.restart(camera);  // with a microphone of its own by now
     EXPECT_THAT(witness.take(), ElementsAre("+Quelvo Studio Camera2", "+Quelvo Studio Camera3"));
-    EXPECT_EQ(found[0]->open(), ENODEV) << "a handle dies with the plug";
+    EXPECT_EQ(found[0]->controlRequest(request), ENODEV) << "a handle dies with the plug";
+    EXPECT_EQ(other->open(), ENODEV);
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <numeric>
+#include <array>
+#include <cstdlib>
 #include <set>
 
 #include "virtualcam/FrameGenerator.h"
@@ -23,30 +23,22 @@ Picture draw(const PictureState& state) {
     return picture;
 }
 
-/// The sum over the picture of red, green and blue, each times its factor.
-double sum(const Picture& picture, double red, double green, double blue) {
-    return std::accumulate(picture.begin(), picture.end(), 0.0, [&](double all, auto pixel) {
-        return all + red * (pixel >> 16 & 0xFFU) + green * (pixel >> 8 & 0xFFU) +
-               blue * (pixel & 0xFFU);
-    });
-}
+/// Factors of red, green and blue, by which a picture's pixels are added up.
+using Measure = std::array<int, 3>;
+constexpr Measure light{1, 1, 1};
+constexpr Measure warmth{1, 0, -1};
+constexpr Measure sky{0, -1, 1};
+constexpr Measure detail{};  // how unlike neighbours are instead: contrast, detail and noise
 
-double light(const Picture& picture) {
-    return sum(picture, 1, 1, 1);
-}
-double warmth(const Picture& picture) {
-    return sum(picture, 1, 0, -1);
-}
-double sky(const Picture& picture) {
-    return sum(picture, 0, -1, 1);
-}
-
-/// How unlike neighbours are: contrast, detail and noise.
-double detail(const Picture& picture) {
+double measured(const Picture& picture, const Measure& factors) {
+    const auto sum = [](std::uint32_t pixel, const Measure& by) {
+        const auto part = [pixel](int bits) { return static_cast<int>(pixel >> bits & 0xFFU); };
+        return by[0] * part(16) + by[1] * part(8) + by[2] * part(0);
+    };
     double all = 0;
     for (std::size_t i = 1; i < picture.size(); ++i)
-        all += std::abs(static_cast<int>(picture[i] >> 8 & 0xFFU) -
-                        static_cast<int>(picture[i - 1] >> 8 & 0xFFU));
+        all += factors == detail ? std::abs(sum(picture[i], light) - sum(picture[i - 1], light))
+                                 : sum(picture[i], factors);
     return all;
 }
 
@@ -54,7 +46,7 @@ TEST(PictureTest, EachControlChangesThePictureTheRightWay) {
     PictureState plain;
     plain.autoWhiteBalance = plain.exposureCompensationOff = 0;
     for (const auto& [control, low, high, measure] :
-         std::vector<std::tuple<int PictureState::*, int, int, double (*)(const Picture&)>>{
+         std::vector<std::tuple<int PictureState::*, int, int, Measure>>{
              {&PictureState::brightness, -255, 255, light},
              {&PictureState::gain, 0, 255, light},
              {&PictureState::exposureTime, 1, 333, light},
@@ -73,12 +65,14 @@ TEST(PictureTest, EachControlChangesThePictureTheRightWay) {
              {&PictureState::whiteBalance, 2800, 10000, warmth},
              {&PictureState::hue, -70, 70, sky},
              {&PictureState::saturation, 200, 0, warmth},
+             {&PictureState::pan, -36000, 36000, sky},
              {&PictureState::tilt, -36000, 36000, sky}}) {
         PictureState lower = plain;
         PictureState higher = plain;
         lower.*control = low;
         higher.*control = high;
-        EXPECT_LT(measure(draw(lower)), measure(draw(higher))) << low << " to " << high;
+        EXPECT_LT(measured(draw(lower), measure), measured(draw(higher), measure))
+            << low << " to " << high;
     }
 }
 
