@@ -80,6 +80,7 @@ TEST(CameraListTest, ListsTheCamerasAtStartUpAndFollowsThemSkippingMicrophones) 
                 ElementsAre("kkk:3", removed, removed, "Second", added, "0x14210000e7a14c11"));
     EXPECT_THAT(bench.requests(), SizeIs(0));
     bench.bus().unplug(bench.cameraReference());
+    EXPECT_EQ(listed(bench), "Second 11 > ");
     bench.bus().unplug(second);
     EXPECT_EQ(listed(bench), " > ");
     bench.bus().plugMicrophone("microphone", "A microphone");

@@ -181,7 +181,7 @@ class Performance {
         const std::string wanted = restOf(in);
         for (const std::string& name : names)
             if (const std::string seen = see(name, verb); seen != wanted)
-                return "but " + name + ' ' + verb + ' ' + seen;
+                return std::string("but ").append(name).append(" " + verb + " ").append(seen);
         return {};
     }
 
