@@ -49,19 +49,4 @@ inline void require(bool holds, const char* what) {
     }
 }
 
-/// Memory with canaries around it, of which no foreign byte may be touched.
-class Guarded {
-  public:
-    explicit Guarded(std::size_t size) : bytes_(size + 64, 0xA5) {}
-    std::span<std::uint8_t> place() { return std::span(bytes_).subspan(32, bytes_.size() - 64); }
-    void check() const {
-        for (std::size_t i = 0; i < 32; ++i)
-            require(bytes_[i] == 0xA5 && bytes_[bytes_.size() - 1 - i] == 0xA5,
-                    "a transfer stays within its buffer");
-    }
-
-  private:
-    std::vector<std::uint8_t> bytes_;
-};
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

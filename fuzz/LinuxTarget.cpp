@@ -18,9 +18,6 @@
 #include "platform/linux/PreviewMode.h"
 #include "platform/linux/VideoNode.h"
 
-/// Forgets udev's objects of this run, all of which must have been given back.
-void endUdev();
-
 namespace {
 
 std::function<void()> descriptorReady;
@@ -47,18 +44,17 @@ void sendAnyRequest() {
     static constexpr std::uint8_t codes[] = {UVC_SET_CUR,  UVC_GET_CUR, UVC_GET_MIN,
                                              UVC_GET_MAX,  UVC_GET_RES, UVC_GET_LEN,
                                              UVC_GET_INFO, UVC_GET_DEF, 0xFF};
-    Guarded data(input.below(12));
-    input.fill(data.place());
+    std::vector<std::uint8_t> data(input.below(12));
+    input.fill(data);
     IOUSBDevRequest request;
     request.bRequest = input.oneOf(codes);
     request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
     request.wValue = static_cast<std::uint16_t>(input.below(20) << 8U);
     request.wIndex = static_cast<std::uint16_t>(input.below(5) << 8U);
-    request.wLength = static_cast<std::uint16_t>(data.place().size());
-    request.pData = input.seldom() ? nullptr : data.place().data();
+    request.wLength = static_cast<std::uint16_t>(data.size());
+    request.pData = input.seldom() ? nullptr : data.data();
     FuzzNode node;
     platform::performControlRequest(node, request);
-    data.check();
     require(request.wLenDone <= request.wLength, "no more is done than was asked for");
     std::string card;
     platform::capturesVideo(node, card);
@@ -158,6 +154,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     input.rest = {data, size};
     descriptorReady = nullptr;
     input.oneOf(parts)();
-    endUdev();
     return 0;
 }

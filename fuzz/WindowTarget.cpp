@@ -147,137 +147,14 @@ struct CheckedLog : platform::LogSink {
     }
 };
 
-/// The window is made once, as that takes longer than most runs. Each run starts on a controller
-/// of its own, at the same place, and on widgets as the interface file left them.
-struct Stage : WindowHands {
-    Stage();
-    QWidget& window() override { return interface->widget(); }
-    void reset();
-
-    static constexpr const char* kept[] = {"enabled", "minimum",  "maximum", "value",        "text",
-                                           "icon",    "tristate", "checked", "autoExclusive"};
-    std::optional<ViewController> controller{std::in_place};
-    std::unique_ptr<platform::InterfaceWindow> interface =
-        platform::InterfaceWindow::load(*controller);
-    std::vector<NSView> outlets;
-    std::vector<std::pair<QWidget*, std::vector<QVariant>>> widgets;
-};
-
-Stage::Stage() {
-    for (const auto& outlet : controller->outlets())
-        outlets.push_back(*outlet.reference);
-    for (auto* widget : window().findChildren<QWidget*>()) {
-        auto& values = widgets.emplace_back(widget, std::vector<QVariant>()).second;
-        for (const char* name : kept)
-            values.push_back(widget->property(name));
-    }
-    window().show();
+/// Calls what the window's actions call, with what they never give.
+void transfer() {
+    std::vector<std::uint8_t> buffer(1 + input.below(40));
+    Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.data(),
+                     static_cast<std::uint32_t>(buffer.size()), input.byte() % 4U);
 }
 
-void Stage::reset() {
-    for (const auto& [widget, values] : widgets) {
-        const QSignalBlocker quiet(widget);
-        if (values.back().isValid())
-            widget->setProperty("autoExclusive", false);  // refuses to switch the last one off
-        for (std::size_t i = 0; i < values.size(); ++i)
-            if (values[i].isValid())
-                widget->setProperty(kept[i], values[i]);
-    }
-    controller->m_previewWnd.setLayer(nullptr);
-    controller.emplace();
-    for (std::size_t i = 0; i < outlets.size(); ++i)
-        controller->outlets()[i].reference->connect(outlets[i]);
-}
-
-/// One life of the program.
-class Run {
-  public:
-    explicit Run(Stage& stage);
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
-    ~Run();
-
-    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
-    void step();
-    void check();
-
-  private:
-    template <class Widget>
-    Widget& any() {
-        const auto all = stage_.window().findChildren<Widget*>();
-        return *input.oneOf(all);
-    }
-    void moveAnySlider();
-    void chooseAnyItem();
-    void transfer();
-    void workByName();
-
-    Stage& stage_;
-    CheckedLog log_;
-    CaptureBus capture_;
-    UsbBus usb_{capture_.attached};
-    NextBox box_{input.below(2) == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole};
-};
-
-Run::Run(Stage& stage) : stage_(stage) {
-    stage_.reset();
-    platform::installBackends({&usb_, &capture_, &log_});
-    for (std::size_t count = input.below(4); count > 0; --count)
-        capture_.plug();
-    meanwhile = [this] {  // behind a box nothing but the bus moves
-        QApplication::activeModalWidget() == nullptr ? step() : capture_.unplug();
-    };
-    platform::startDeviceNotifications();
-    stage_.controller->viewDidLoad();
-}
-
-Run::~Run() {
-    QCoreApplication::processEvents();
-    platform::stopDeviceNotifications();
-    g_captureSession.reset();
-    g_uvcCamera.reset();
-    g_length = 0;
-    platform::installBackends({});
-}
-
-void Run::step() {
-    const std::function<void()> things[] = {
-        [this] { stage_.buttonSending("OnBtnOpenCamera:").click(); },
-        [this] { stage_.list("m_cbxDevice").setEditText(QString::fromStdString(input.text())); },
-        [this] { moveAnySlider(); },
-        [this] { chooseAnyItem(); },
-        [this] { any<QAbstractButton>().click(); },
-        [this] { capture_.plug(); },
-        [this] { capture_.unplug(); },
-        [] { FuzzSource::deliver(); },
-        [this] { transfer(); },
-        [this] { workByName(); },
-    };
-    input.oneOf(things)();
-}
-
-void Run::moveAnySlider() {
-    auto& slider = any<QSlider>();
-    if (slider.isEnabled())
-        slider.setValue(slider.minimum() + input.number<std::uint16_t>());
-}
-
-void Run::chooseAnyItem() {
-    auto& list = any<QComboBox>();
-    if (list.count() == 0 || !list.isEnabled())
-        return;
-    list.setCurrentIndex(input.byte() % list.count());
-    emit list.activated(list.currentIndex());
-}
-
-void Run::transfer() {
-    Guarded buffer(1 + input.below(40));
-    Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.place().data(),
-                     static_cast<std::uint32_t>(buffer.place().size()), input.byte() % 4U);
-    buffer.check();
-}
-
-void Run::workByName() {
+void workByName() {
     if (!g_uvcCamera)
         return;
     UVCCameraControl& camera = *g_uvcCamera;
@@ -292,53 +169,155 @@ void Run::workByName() {
     UVCCameraControl::initWithLocationID(input.byte());
 }
 
-void Run::check() {
-    for (const auto* slider : stage_.window().findChildren<QSlider*>())
+/// The program, of which the fuzzer makes life after life. The window is made once, as that takes
+/// longer than most lives, and is as the interface file left it when one begins. It is not shown:
+/// of all that it draws only the pictures are drawn by the program itself, and they are grabbed.
+class Program : public WindowHands {
+  public:
+    Program();
+    QWidget& window() override { return interface_->widget(); }
+
+    void begin();
+    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
+    void step();
+    void check();
+    void end();
+
+  private:
+    template <class Widget>
+    Widget& any() {
+        const auto all = window().findChildren<Widget*>();
+        return *input.oneOf(all);
+    }
+    void moveAnySlider();
+    void chooseAnyItem();
+    void showPicture();
+
+    CheckedLog log_;
+    CaptureBus capture_;
+    UsbBus usb_{capture_.attached};
+    std::optional<ViewController> controller_{std::in_place};
+    std::unique_ptr<platform::InterfaceWindow> interface_ =
+        platform::InterfaceWindow::load(*controller_);
+    std::vector<NSView> outlets_;
+    std::vector<std::tuple<QWidget*, const char*, QVariant>> properties_;
+};
+
+Program::Program() {
+    for (const auto& outlet : controller_->outlets())
+        outlets_.push_back(*outlet.reference);
+    for (auto* widget : window().findChildren<QWidget*>()) {
+        if (widget->property("autoExclusive").toBool())  // refuses to switch the last one off
+            properties_.emplace_back(widget, "autoExclusive", false);
+        for (const char* name : {"enabled", "minimum", "maximum", "value", "text", "icon",
+                                 "tristate", "checked", "autoExclusive"})
+            if (const QVariant value = widget->property(name); value.isValid())
+                properties_.emplace_back(widget, name, value);
+    }
+}
+
+void Program::begin() {
+    for (const auto& [widget, name, value] : properties_) {
+        const QSignalBlocker quiet(widget);
+        widget->setProperty(name, value);
+    }
+    controller_.emplace();
+    for (std::size_t i = 0; i < outlets_.size(); ++i)
+        controller_->outlets()[i].reference->connect(outlets_[i]);
+    platform::installBackends({&usb_, &capture_, &log_});
+    for (std::size_t count = input.below(4); count > 0; --count)
+        capture_.plug();
+    meanwhile = [this] {  // behind a box nothing but the bus moves
+        QApplication::activeModalWidget() == nullptr ? step() : capture_.unplug();
+    };
+    platform::startDeviceNotifications();
+    controller_->viewDidLoad();
+}
+
+void Program::end() {
+    QCoreApplication::processEvents();
+    platform::stopDeviceNotifications();
+    controller_->m_previewWnd.setLayer(nullptr);
+    g_captureSession.reset();
+    g_uvcCamera.reset();
+    g_length = 0;
+    capture_.attached.clear();
+}
+
+void Program::step() {
+    const std::function<void()> things[] = {
+        [this] { buttonSending("OnBtnOpenCamera:").click(); },
+        [this] { list("m_cbxDevice").setEditText(QString::fromStdString(input.text())); },
+        [this] { moveAnySlider(); },
+        [this] { chooseAnyItem(); },
+        [this] { any<QAbstractButton>().click(); },
+        [this] { capture_.plug(); },
+        [this] { capture_.unplug(); },
+        [this] { showPicture(); },
+        transfer,
+        workByName,
+    };
+    input.oneOf(things)();
+}
+
+void Program::moveAnySlider() {
+    auto& slider = any<QSlider>();
+    if (slider.isEnabled())
+        slider.setValue(slider.minimum() + input.number<std::uint16_t>());
+}
+
+void Program::chooseAnyItem() {
+    auto& list = any<QComboBox>();
+    if (list.count() == 0 || !list.isEnabled())
+        return;
+    list.setCurrentIndex(input.byte() % list.count());
+    emit list.activated(list.currentIndex());
+}
+
+void Program::showPicture() {
+    FuzzSource::deliver();
+    QCoreApplication::processEvents();
+    find<QWidget>("m_previewWnd")->grab();
+}
+
+void Program::check() {
+    for (const auto* slider : window().findChildren<QSlider*>())
         require(slider->minimum() < slider->maximum() && slider->minimum() <= slider->value() &&
                     slider->value() <= slider->maximum(),
                 "a slider stays within its range");
-    const ViewController& controller = *stage_.controller;
-#define CHECK(row, ...)                                                      \
-    require((controller.*vendor::row.list).title() ==                        \
-                std::to_string((controller.*vendor::row.slider).intValue()), \
+#define CHECK(row, ...)                                                        \
+    require((*controller_.*vendor::row.list).title() ==                        \
+                std::to_string((*controller_.*vendor::row.slider).intValue()), \
             "a list shows its slider's number");
     ENUMERATE_VENDOR_VALUES(CHECK)
 #undef CHECK
     std::multiset<std::string> shown;
+    for (int i = 0; i < controller_->m_cbxDevice.numberOfItems(); ++i)
+        shown.insert(controller_->m_cbxDevice.itemObjectValueAtIndex(i));
     std::multiset<std::string> attached;
-    for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
-        shown.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
     for (const auto& device : capture_.attached)
-        if (device->hasVideo())
+        if (device->video)
             attached.emplace(entryName(AVCaptureDevice(device).localizedName()));
     require(shown == attached, "the list shows the cameras of the bus");
 }
 
 }  // namespace
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the name is the sanitizer's.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig\n";  // the caches of the toolkit's fonts
-}
-// NOLINTEND(bugprone-reserved-identifier)
-
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static Stage& stage = []() -> Stage& {
-        static int count = 1;
-        static char name[] = "fuzz-window";
-        static char* arguments[] = {name, nullptr};
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static const auto* const application = new QApplication(count, arguments);
-        require(application != nullptr, "Qt starts");
-        return *new Stage;
-    }();
+    static int count = 1;
+    static char name[] = "fuzz-window";
+    static char* arguments[] = {name, nullptr};
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    static const QApplication application(count, arguments);
+    static Program program;
     input.rest = {data, size};
-    Run run(stage);
+    const NextBox box(input.below(2) == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+    program.begin();
     while (!input.atEnd()) {
-        run.step();
+        program.step();
         QCoreApplication::processEvents();
-        run.check();
+        program.check();
     }
+    program.end();
     return 0;
 }
