@@ -87,8 +87,8 @@ void chooseAnyMode() {
     const int most = 1 + input.byte() * 10;
     const auto mode = platform::choosePreviewMode(offered.get(), {most, most});
     require((mode.kind == nullptr) == !mode.caps, "a mode has a kind");
-    require(!mode.caps || (gst_caps_is_fixed(mode.caps.get()) != FALSE &&
-                           gst_caps_is_subset(mode.caps.get(), offered.get()) != FALSE),
+    require(!mode.caps || (gst_caps_is_fixed(mode.caps.get()) &&
+                           gst_caps_is_subset(mode.caps.get(), offered.get())),
             "a mode is one of those offered");
 }
 
@@ -122,12 +122,11 @@ void followDevices() {
 }
 
 void lookAtUsb() {
-    for (const auto& device : platform::LinuxUsb().devices()) {
-        std::vector<std::shared_ptr<platform::UsbInterface>> interfaces;
+    std::vector<std::shared_ptr<platform::UsbInterface>> interfaces;
+    for (const auto& device : platform::LinuxUsb().devices())
         device->interfaces(interfaces);
-        for (const auto& interface : interfaces)
-            interface->open();
-    }
+    for (const auto& interface : interfaces)
+        interface->open();
 }
 
 }  // namespace

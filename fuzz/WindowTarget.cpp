@@ -50,7 +50,7 @@ struct FuzzInterface : platform::UsbInterface {
         const std::span data(static_cast<std::uint8_t*>(request.pData), count);
         if ((request.bmRequestType & 0x80U) != 0)
             input.fill(data);
-        else
+        else  // each byte is there to be read
             sent.assign(data.begin(), data.end());
         if (answer == late)
             platform::postToMainThread(meanwhile);
@@ -96,10 +96,9 @@ struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
         return anyStatus();
     }
     std::unique_ptr<platform::VideoSource> open(std::string& error) override {
-        if (!input.seldom())
-            return std::make_unique<FuzzSource>();
-        error = input.text();
-        return nullptr;
+        if (input.seldom())
+            return error = input.text(), nullptr;
+        return std::make_unique<FuzzSource>();
     }
     std::uint8_t product = input.byte() % 10;
     std::string identifier = input.seldom() ? input.text() : "00ab000" + std::to_string(product);
@@ -107,12 +106,17 @@ struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
     bool video = !input.seldom();
 };
 
-using Devices = std::vector<std::shared_ptr<FuzzDevice>>;
+std::vector<std::shared_ptr<FuzzDevice>> attached;
 
-struct CaptureBus : platform::CaptureBackend {
-    std::vector<std::shared_ptr<platform::CaptureDevice>> devices() override {
+/// One of the two sides on which the program sees what is attached.
+template <class Backend, class Device>
+struct Side : Backend {
+    std::vector<std::shared_ptr<Device>> devices() override {
         return {attached.begin(), attached.end()};
     }
+};
+
+struct CaptureSide : Side<platform::CaptureBackend, platform::CaptureDevice> {
     void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
     void plug() {
         attached.push_back(std::make_shared<FuzzDevice>());
@@ -127,16 +131,7 @@ struct CaptureBus : platform::CaptureBackend {
         attached.pop_back();
         listener->left(leaving);
     }
-    Devices attached;
     platform::CaptureListener* listener = nullptr;
-};
-
-struct UsbBus : platform::UsbBackend {
-    explicit UsbBus(const Devices& devices) : attached(devices) {}
-    std::vector<std::shared_ptr<platform::UsbDevice>> devices() override {
-        return {attached.begin(), attached.end()};
-    }
-    const Devices& attached;
 };
 
 struct CheckedLog : platform::LogSink {
@@ -147,17 +142,102 @@ struct CheckedLog : platform::LogSink {
     }
 };
 
-/// Calls what the window's actions call, with what they never give.
+/// The program, of which the fuzzer makes life after life. The window is made once, as that takes
+/// longer than most lives, and is as the interface file left it when one begins. It is not shown:
+/// of all that it draws only the pictures are drawn by the program itself, and they are grabbed.
+struct Program : WindowHands {
+    Program();
+    QWidget& window() override { return interface->widget(); }
+    void begin();
+    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
+    void step();
+    void check();
+    void end();
+
+    template <class Widget>
+    Widget& any() {
+        const auto all = window().findChildren<Widget*>();
+        return *input.oneOf(all);
+    }
+
+    CheckedLog log;
+    Side<platform::UsbBackend, platform::UsbDevice> usb;
+    CaptureSide capture;
+    std::optional<ViewController> controller{std::in_place};
+    std::unique_ptr<platform::InterfaceWindow> interface =
+        platform::InterfaceWindow::load(*controller);
+    std::vector<NSView> outlets;
+    std::vector<std::tuple<QWidget*, const char*, QVariant>> properties;
+};
+
+Program::Program() {
+    for (const auto& outlet : controller->outlets())
+        outlets.push_back(*outlet.reference);
+    for (auto* widget : window().findChildren<QWidget*>()) {
+        if (widget->property("autoExclusive").toBool())  // refuses to switch the last one off
+            properties.emplace_back(widget, "autoExclusive", false);
+        for (const char* name : {"enabled", "minimum", "maximum", "value", "text", "icon",
+                                 "tristate", "checked", "autoExclusive"})
+            if (const QVariant value = widget->property(name); value.isValid())
+                properties.emplace_back(widget, name, value);
+    }
+}
+
+void Program::begin() {
+    for (const auto& [widget, name, value] : properties) {
+        const QSignalBlocker quiet(widget);
+        widget->setProperty(name, value);
+    }
+    controller.emplace();
+    for (std::size_t i = 0; i < outlets.size(); ++i)
+        controller->outlets()[i].reference->connect(outlets[i]);
+    platform::installBackends({&usb, &capture, &log});
+    for (std::size_t count = input.below(4); count > 0; --count)
+        capture.plug();
+    meanwhile = [this] {  // behind a box nothing but the bus moves
+        QApplication::activeModalWidget() == nullptr ? step() : capture.unplug();
+    };
+    platform::startDeviceNotifications();
+    controller->viewDidLoad();
+}
+
+void Program::end() {
+    QCoreApplication::processEvents();
+    platform::stopDeviceNotifications();
+    controller->m_previewWnd.setLayer(nullptr);
+    g_captureSession.reset();
+    g_uvcCamera.reset();
+    g_length = 0;
+    attached.clear();
+}
+
+void move(QSlider& slider) {
+    if (slider.isEnabled())
+        slider.setValue(slider.minimum() + input.number<std::uint16_t>());
+}
+
+void chooseIn(QComboBox& list) {
+    if (list.count() == 0 || !list.isEnabled())
+        return;
+    list.setCurrentIndex(input.byte() % list.count());
+    emit list.activated(list.currentIndex());
+}
+
+void show(QWidget& preview) {
+    FuzzSource::deliver();
+    QCoreApplication::processEvents();
+    preview.grab();
+}
+
+/// Behind its end the sanitizer watches.
 void transfer() {
     std::vector<std::uint8_t> buffer(1 + input.below(40));
     Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.data(),
                      static_cast<std::uint32_t>(buffer.size()), input.byte() % 4U);
 }
 
-void workByName() {
-    if (!g_uvcCamera)
-        return;
-    UVCCameraControl& camera = *g_uvcCamera;
+/// What the window does not call, or never with such values.
+void workByName(UVCCameraControl& camera) {
     const auto value = input.number<float>();
 #define WORK(name, selector) camera.set##name(value + camera.get##name());
     ENUMERATE_NAMED_LEVELS(WORK)
@@ -169,115 +249,29 @@ void workByName() {
     UVCCameraControl::initWithLocationID(input.byte());
 }
 
-/// The program, of which the fuzzer makes life after life. The window is made once, as that takes
-/// longer than most lives, and is as the interface file left it when one begins. It is not shown:
-/// of all that it draws only the pictures are drawn by the program itself, and they are grabbed.
-class Program : public WindowHands {
-  public:
-    Program();
-    QWidget& window() override { return interface_->widget(); }
-
-    void begin();
-    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
-    void step();
-    void check();
-    void end();
-
-  private:
-    template <class Widget>
-    Widget& any() {
-        const auto all = window().findChildren<Widget*>();
-        return *input.oneOf(all);
-    }
-    void moveAnySlider();
-    void chooseAnyItem();
-    void showPicture();
-
-    CheckedLog log_;
-    CaptureBus capture_;
-    UsbBus usb_{capture_.attached};
-    std::optional<ViewController> controller_{std::in_place};
-    std::unique_ptr<platform::InterfaceWindow> interface_ =
-        platform::InterfaceWindow::load(*controller_);
-    std::vector<NSView> outlets_;
-    std::vector<std::tuple<QWidget*, const char*, QVariant>> properties_;
-};
-
-Program::Program() {
-    for (const auto& outlet : controller_->outlets())
-        outlets_.push_back(*outlet.reference);
-    for (auto* widget : window().findChildren<QWidget*>()) {
-        if (widget->property("autoExclusive").toBool())  // refuses to switch the last one off
-            properties_.emplace_back(widget, "autoExclusive", false);
-        for (const char* name : {"enabled", "minimum", "maximum", "value", "text", "icon",
-                                 "tristate", "checked", "autoExclusive"})
-            if (const QVariant value = widget->property(name); value.isValid())
-                properties_.emplace_back(widget, name, value);
-    }
-}
-
-void Program::begin() {
-    for (const auto& [widget, name, value] : properties_) {
-        const QSignalBlocker quiet(widget);
-        widget->setProperty(name, value);
-    }
-    controller_.emplace();
-    for (std::size_t i = 0; i < outlets_.size(); ++i)
-        controller_->outlets()[i].reference->connect(outlets_[i]);
-    platform::installBackends({&usb_, &capture_, &log_});
-    for (std::size_t count = input.below(4); count > 0; --count)
-        capture_.plug();
-    meanwhile = [this] {  // behind a box nothing but the bus moves
-        QApplication::activeModalWidget() == nullptr ? step() : capture_.unplug();
-    };
-    platform::startDeviceNotifications();
-    controller_->viewDidLoad();
-}
-
-void Program::end() {
-    QCoreApplication::processEvents();
-    platform::stopDeviceNotifications();
-    controller_->m_previewWnd.setLayer(nullptr);
-    g_captureSession.reset();
-    g_uvcCamera.reset();
-    g_length = 0;
-    capture_.attached.clear();
-}
-
 void Program::step() {
-    const std::function<void()> things[] = {
-        [this] { buttonSending("OnBtnOpenCamera:").click(); },
-        [this] { list("m_cbxDevice").setEditText(QString::fromStdString(input.text())); },
-        [this] { moveAnySlider(); },
-        [this] { chooseAnyItem(); },
-        [this] { any<QAbstractButton>().click(); },
-        [this] { capture_.plug(); },
-        [this] { capture_.unplug(); },
-        [this] { showPicture(); },
-        transfer,
-        workByName,
-    };
-    input.oneOf(things)();
-}
-
-void Program::moveAnySlider() {
-    auto& slider = any<QSlider>();
-    if (slider.isEnabled())
-        slider.setValue(slider.minimum() + input.number<std::uint16_t>());
-}
-
-void Program::chooseAnyItem() {
-    auto& list = any<QComboBox>();
-    if (list.count() == 0 || !list.isEnabled())
-        return;
-    list.setCurrentIndex(input.byte() % list.count());
-    emit list.activated(list.currentIndex());
-}
-
-void Program::showPicture() {
-    FuzzSource::deliver();
-    QCoreApplication::processEvents();
-    find<QWidget>("m_previewWnd")->grab();
+    switch (input.below(10)) {
+        case 0:
+            return buttonSending("OnBtnOpenCamera:").click();
+        case 1:
+            return list("m_cbxDevice").setEditText(QString::fromStdString(input.text()));
+        case 2:
+            return move(any<QSlider>());
+        case 3:
+            return chooseIn(any<QComboBox>());
+        case 4:
+            return any<QAbstractButton>().click();
+        case 5:
+            return capture.plug();
+        case 6:
+            return capture.unplug();
+        case 7:
+            return show(*find<QWidget>("m_previewWnd"));
+        case 8:
+            return transfer();
+        default:
+            return g_uvcCamera ? workByName(*g_uvcCamera) : void();
+    }
 }
 
 void Program::check() {
@@ -285,30 +279,32 @@ void Program::check() {
         require(slider->minimum() < slider->maximum() && slider->minimum() <= slider->value() &&
                     slider->value() <= slider->maximum(),
                 "a slider stays within its range");
-#define CHECK(row, ...)                                                        \
-    require((*controller_.*vendor::row.list).title() ==                        \
-                std::to_string((*controller_.*vendor::row.slider).intValue()), \
-            "a list shows its slider's number");
+#define CHECK(row, selector, slider, sliderAction, list, ...) \
+    require(shown(#list) == shown(#slider), "a list shows its slider's number");
     ENUMERATE_VENDOR_VALUES(CHECK)
 #undef CHECK
-    std::multiset<std::string> shown;
-    for (int i = 0; i < controller_->m_cbxDevice.numberOfItems(); ++i)
-        shown.insert(controller_->m_cbxDevice.itemObjectValueAtIndex(i));
-    std::multiset<std::string> attached;
-    for (const auto& device : capture_.attached)
+    std::multiset<std::string> listed;
+    for (int i = 0; i < controller->m_cbxDevice.numberOfItems(); ++i)
+        listed.insert(controller->m_cbxDevice.itemObjectValueAtIndex(i));
+    std::multiset<std::string> cameras;
+    for (const auto& device : attached)
         if (device->video)
-            attached.emplace(entryName(AVCaptureDevice(device).localizedName()));
-    require(shown == attached, "the list shows the cameras of the bus");
+            cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));
+    require(listed == cameras, "the list shows the cameras of the bus");
 }
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\n";  // the caches of the toolkit's fonts
+}
+
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static int count = 1;
-    static char name[] = "fuzz-window";
-    static char* arguments[] = {name, nullptr};
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    static const QApplication application(count, arguments);
+    static int count = 3;
+    static char arguments[][10] = {"fuzz", "-platform", "offscreen"};
+    static char* list[] = {arguments[0], arguments[1], arguments[2], nullptr};
+    static const QApplication application(count, list);
     static Program program;
     input.rest = {data, size};
     const NextBox box(input.below(2) == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
