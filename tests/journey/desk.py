@@ -3,7 +3,10 @@ keyboard of the X display, and looks at them and at the screen."""
 
 import collections
 import contextlib
+import os
+import struct
 import subprocess
+import sys
 import threading
 import time
 
@@ -16,8 +19,11 @@ WORKED = ("combo box", "push button", "check box", "radio button", "slider", "pa
 SECONDS = 10  # until what must happen counts as not happening
 
 
-class Failure(Exception):
-    pass
+def require(holds, what):
+    """Ends the journey as failed unless the condition holds."""
+    if not holds:
+        subprocess.run(["import", "-silent", "-window", "root", "journey-failure.png"], check=False)
+        sys.exit(f"FAILED: {what}")
 
 
 class Desk:
@@ -25,11 +31,13 @@ class Desk:
         Atspi.set_timeout(SECONDS * 1000, SECONDS * 1000)
         Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
         # Nothing is done with the events but waking up: what they tell of is looked at again.
-        self._listener = Atspi.EventListener.new(lambda event: None)
+        self._awake = False
+        self._listener = Atspi.EventListener.new(self._wake)
         for event in ("object", "window", "focus"):
             self._listener.register(event)
         self.log = []
         self._known = {}
+        self._hands = subprocess.Popen(["xdotool", "-"], stdin=subprocess.PIPE, text=True)
         self._process = subprocess.Popen([program], stderr=subprocess.PIPE, text=True)
         self._reader = threading.Thread(target=lambda: self.log.extend(self._process.stderr))
         self._reader.start()
@@ -39,33 +47,30 @@ class Desk:
         """Returns the first value of `condition` that counts as true. The pixels of the screen
         tell nobody when they change, so it is looked at again after a while in any case."""
         deadline = time.monotonic() + SECONDS
-        pulse = GLib.timeout_add(50, lambda: GLib.SOURCE_CONTINUE)
+        pulse = GLib.timeout_add(50, self._wake)
         try:
             while time.monotonic() < deadline:
+                self._awake = False
                 # What is asked may be gone before it answers.
                 with contextlib.suppress(GLib.Error):
                     if value := condition():
                         return value
-                GLib.MainContext.default().iteration(True)
+                while not self._awake:
+                    GLib.MainContext.default().iteration(True)
         finally:
             GLib.source_remove(pulse)
-        self.picture_of_screen("journey-failure.png")
-        raise Failure(f"not within {SECONDS} seconds: {what}")
+        return require(False, f"not within {SECONDS} seconds: {what}")
 
-    def _application(self):
-        desktop = Atspi.get_desktop(0)
-        for index in range(desktop.get_child_count()):
-            child = desktop.get_child_at_index(index)
-            if child and child.get_process_id() == self._process.pid:
-                return child
-        return None
+    def _wake(self, *_):
+        self._awake = True
+        return GLib.SOURCE_CONTINUE
 
     def _active_window(self):
         return next((window for window in self.windows() if has(window, "ACTIVE")), None)
 
     def windows(self):
-        application = self._application()
-        return children(application) if application else []
+        return [window for program in children(Atspi.get_desktop(0))
+                if program.get_process_id() == self._process.pid for window in children(program)]
 
     def find(self, role, name):
         """Returns the one widget of this kind and name. All but texts keep their names and stay
@@ -94,13 +99,15 @@ class Desk:
 
     def walk(self, count):
         """Goes on by Tab so many times, and yields the widget that has the focus then."""
-        controls = self.controls()
+        controls = collections.deque(self.controls())
+        focused = next((widget for widget in controls if has(widget, "FOCUSED")), None)
         for _ in range(count):
-            before = [widget for widget in controls if has(widget, "FOCUSED")]
             self.keys("Tab")
-            yield self.until("the focus moves", lambda: next(
-                (widget for widget in controls if has(widget, "FOCUSED") and widget not in before),
+            focused = self.until("the focus moves", lambda: next(
+                (widget for widget in controls if widget != focused and has(widget, "FOCUSED")),
                 None))
+            yield focused
+            controls.rotate(-controls.index(focused))  # the next one is asked first
 
     def number(self, name):
         return int(self.find("slider", name).get_value_iface().get_current_value())
@@ -108,11 +115,8 @@ class Desk:
     def wait_number(self, name, number):
         """Waits until the slider shows the number, and the text or list beside it too."""
         slider = self.find("slider", name)
-        self.until(
-            f"“{name}” is {number}",
-            lambda: slider.get_value_iface().get_current_value() == number
-            and str(number) in [widget.get_name() for widget in self._beside(slider)],
-        )
+        self.until(f"“{name}” is {number}", lambda: self.number(name) == number
+                   and str(number) in [widget.get_name() for widget in self._beside(slider)])
 
     @staticmethod
     def _beside(slider):
@@ -153,46 +157,47 @@ class Desk:
         value, area = slider.get_value_iface(), extents(slider)
         low, high = value.get_minimum_value(), value.get_maximum_value()
         here = (value.get_current_value() - low) / (high - low)
-        y = area.y + area.height // 2
+        middle = area.y + area.height // 2
         handle = 14  # the middle of it stays this far within the slider's ends, both together
-        places = [
-            area.x + handle // 2 + round((area.width - handle) * (here + (fraction - here) * step / 10))
-            for step in range(11)
-        ]
-        self._hand("mousemove", places[0], y, "mousedown", 1)
-        for x in places[1:]:
-            self._hand("mousemove", x, y)
+        for step in range(11):
+            place = here + (fraction - here) * step / 10
+            self._hand("mousemove", area.x + handle // 2 + round((area.width - handle) * place), middle)
+            if step == 0:
+                self._hand("mousedown", 1)
         self._hand("mouseup", 1)
 
     def keys(self, *names):
         self._hand("key", *names)
 
-    @staticmethod
-    def _hand(*words):
-        subprocess.run(["xdotool", *map(str, words)], check=True)
+    def _hand(self, *words):
+        print(*words, file=self._hands.stdin, flush=True)
 
     @staticmethod
-    def picture_of_screen(file):
-        subprocess.run(["import", "-silent", "-window", "root", file], check=False)
+    def look(area, width, height):
+        """Returns what the screen shows there as rows of (red, green, blue), each of them the mean
+        of a patch. The display keeps its pixels in a file, behind a header and a table of colours."""
+        with open(os.environ["JOURNEY_SCREEN"], "rb") as file:
+            screen = file.read()
+        header = struct.unpack_from(">20I", screen)
+        start, line = header[0] + 12 * header[19], header[12]
 
-    def look(self, area, width, height):
-        """Returns what the screen shows there as rows of (red, green, blue)."""
-        geometry = f"{area.width}x{area.height}+{area.x}+{area.y}"
-        command = ["import", "-silent", "-window", "root", "-crop", geometry, "-depth", "8",
-                   "-resize", f"{width}x{height}!", "RGB:-"]
-        pixels = subprocess.run(command, check=True, capture_output=True).stdout
-        flat = [tuple(pixels[i:i + 3]) for i in range(0, width * height * 3, 3)]
-        return [flat[row * width:(row + 1) * width] for row in range(height)]
+        def patch(column, row):
+            left, right = (area.x + area.width * edge // width for edge in (column, column + 1))
+            top, bottom = (area.y + area.height * edge // height for edge in (row, row + 1))
+            sides = [(start + y * line + left * 4, start + y * line + right * 4)
+                     for y in range(top, bottom, (bottom - top + 3) // 4)]  # four lines will do
+            return tuple(sum(sum(screen[first + channel:last:4]) for first, last in sides)
+                         / (len(sides) * (right - left)) for channel in (2, 1, 0))
+
+        return [[patch(column, row) for column in range(width)] for row in range(height)]
 
     def end(self):
         """Returns the exit status of the program, which is about to end."""
-        status = self._process.wait(SECONDS)
-        self._reader.join()
-        return status
+        return self._process.wait(SECONDS)
 
     def abandon(self):
-        if self._process.poll() is None:
-            self._process.kill()
+        for process in (self._process, self._hands):
+            process.kill()
         self._reader.join()
 
 
