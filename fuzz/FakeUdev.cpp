@@ -32,10 +32,16 @@ struct udev_device {
             entry->second = input.below(4) == 3 ? input.text() : input.oneOf(usual);
         return entry->second ? entry->second->c_str() : nullptr;
     }
+    /// The chain of parents ends with the input.
+    udev_device* ancestor() {
+        if (!parent && !input.atEnd())
+            parent.reset(any());
+        return parent.get();
+    }
     static udev_device* any() { return input.below(4) == 3 ? nullptr : new udev_device; }
 
     std::map<std::string, std::optional<std::string>> said{};
-    std::unique_ptr<udev_device> parent{};  // the chain of parents ends with the input
+    std::unique_ptr<udev_device> parent{};
 };
 
 extern "C" {
@@ -57,36 +63,22 @@ STATUS(enumerate_scan_devices, udev_enumerate*)
 STATUS(monitor_filter_add_match_subsystem_devtype, udev_monitor*, const char*, const char*)
 STATUS(monitor_enable_receiving, udev_monitor*)
 STATUS(monitor_get_fd, udev_monitor*)
-    // clang-format on
+// The product opens this path, so it is always one that may be opened.
+const char* udev_device_get_devnode(udev_device*) { return input.seldom() ? nullptr : "/dev/null"; }
+udev_device* udev_device_get_parent(udev_device* device) { return device->ancestor(); }
+udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device, const char*, const char*) { return device->ancestor(); }
+udev_device* udev_device_new_from_syspath(udev*, const char*) { return udev_device::any(); }
+udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return entry->next; }
+const char* udev_list_entry_get_name(udev_list_entry*) { return "/sys/any"; }
+// clang-format on
 
-    /// The product opens this path, so it is always one that may be opened.
-    const char* udev_device_get_devnode(udev_device*) {
-    return input.seldom() ? nullptr : "/dev/null";
-}
-udev_device* udev_device_get_parent(udev_device* device) {
-    if (!device->parent && !input.atEnd())
-        device->parent.reset(udev_device::any());
-    return device->parent.get();
-}
-udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device, const char*,
-                                                           const char*) {
-    return udev_device_get_parent(device);
-}
-udev_device* udev_device_new_from_syspath(udev*, const char*) {
-    return udev_device::any();
-}
 udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) {
     udev_list_entry* first = nullptr;
     for (std::size_t count = input.below(4); count > 0; --count)
         first = &search->entries.emplace_back(udev_list_entry{first});
     return first;
 }
-udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) {
-    return entry->next;
-}
-const char* udev_list_entry_get_name(udev_list_entry*) {
-    return "/sys/any";
-}
+
 udev_device* udev_monitor_receive_device(udev_monitor*) {
     static constexpr int failures[] = {EAGAIN, EINTR, ENOBUFS};
     errno = input.oneOf(failures);

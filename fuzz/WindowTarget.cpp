@@ -108,15 +108,16 @@ struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
 
 std::vector<std::shared_ptr<FuzzDevice>> attached;
 
-/// One of the two sides on which the program sees what is attached.
-template <class Backend, class Device>
-struct Side : Backend {
-    std::vector<std::shared_ptr<Device>> devices() override {
+struct UsbSide : platform::UsbBackend {
+    std::vector<std::shared_ptr<platform::UsbDevice>> devices() override {
         return {attached.begin(), attached.end()};
     }
 };
 
-struct CaptureSide : Side<platform::CaptureBackend, platform::CaptureDevice> {
+struct CaptureSide : platform::CaptureBackend {
+    std::vector<std::shared_ptr<platform::CaptureDevice>> devices() override {
+        return {attached.begin(), attached.end()};
+    }
     void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
     void plug() {
         attached.push_back(std::make_shared<FuzzDevice>());
@@ -161,7 +162,7 @@ struct Program : WindowHands {
     }
 
     CheckedLog log;
-    Side<platform::UsbBackend, platform::UsbDevice> usb;
+    UsbSide usb;
     CaptureSide capture;
     std::optional<ViewController> controller{std::in_place};
     std::unique_ptr<platform::InterfaceWindow> interface =

@@ -192,7 +192,8 @@ class Desk:
         return [[patch(column, row) for column in range(width)] for row in range(height)]
 
     def end(self):
-        """Returns the exit status of the program, which is about to end."""
+        """Returns the exit status of the program, which is about to end, and completes the log."""
+        self._reader.join()
         return self._process.wait(SECONDS)
 
     def abandon(self):
