@@ -192,7 +192,9 @@ class Desk:
         return [[patch(column, row) for column in range(width)] for row in range(height)]
 
     def end(self):
-        """Returns the exit status of the program, which is about to end, and completes the log."""
+        """Closes the window, and returns the program's exit status; then the log is complete. Alt
+        stays down: the toolkit loses the memory of a release that comes as the program ends."""
+        self._hand("keydown", "alt", "key", "F4")
         self._reader.join()
         return self._process.wait(SECONDS)
 

@@ -153,7 +153,6 @@ def restore(desk):
 
 
 def leave(desk):
-    desk.keys("alt+F4")
     status = desk.end()
     strange = [line for line in desk.log if not LOG.fullmatch(line)]
     require(status == 0 and not strange, f"the program ends well, not with {status}: {''.join(strange)}")
