@@ -44,6 +44,12 @@ struct udev_device {
     std::unique_ptr<udev_device> parent{};
 };
 
+template <class Object>
+static Object* dropped(Object* object) {
+    delete object;
+    return nullptr;
+}
+
 extern "C" {
 // clang-format off
 #define TEXT(name) const char* udev_device_get_##name(udev_device* device) { return device->text(#name); }
@@ -54,8 +60,10 @@ TEXT_OF(property_value) TEXT_OF(sysattr_value)
 NEW(udev, udev_new)
 NEW(udev_enumerate, udev_enumerate_new, udev*)
 NEW(udev_monitor, udev_monitor_new_from_netlink, udev*, const char*)
-#define UNREF(type) type* type##_unref(type* object) { delete object; return nullptr; }
-UNREF(udev) UNREF(udev_enumerate) UNREF(udev_monitor) UNREF(udev_device)
+udev* udev_unref(udev* context) { return dropped(context); }
+udev_enumerate* udev_enumerate_unref(udev_enumerate* search) { return dropped(search); }
+udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return dropped(monitor); }
+udev_device* udev_device_unref(udev_device* device) { return dropped(device); }
 #define STATUS(name, ...) int udev_##name(__VA_ARGS__) { return input.seldom() ? -EINVAL : 0; }
 STATUS(enumerate_add_match_subsystem, udev_enumerate*, const char*)
 STATUS(enumerate_add_match_parent, udev_enumerate*, udev_device*)
