@@ -6,7 +6,6 @@
 #include "tests/kernel/FrameCatcher.h"
 #include "tests/kernel/KernelWindow.h"
 #include "tests/support/CameraBench.h"
-#include "tests/support/CameraBench.h"
 #include "virtualcam/DemoBus.h"
 
 using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of controls throughout
