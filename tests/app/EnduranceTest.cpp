@@ -110,7 +110,8 @@ TEST(EnduranceTest, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
     EXPECT_TRUE(WindowBench::waitUntil([&] {
         after = footprint();
         return after.isBackAt(before, std::size_t{64} * 1024);
-    })) << after << "; before: " << before;
+    })) << after
+        << "; before: " << before;
     RecordProperty("before", testing::PrintToString(before));
     RecordProperty("after", testing::PrintToString(after));
 }
