@@ -46,9 +46,30 @@ class LinuxUsbInterface : public UsbInterface {
     IOReturn queryInterface() override { return attachment_.presence(); }
     Descriptor descriptor() const override { return descriptor_; }
 
+    /// The node stays open between two requests: it shuts nobody out, and to look it up again takes
+    /// many times as long as a request. Whether the camera is still there is asked each time.
+    IOReturn open() override {
+        std::string card;
+        const bool isThere = node_.isOpen() && capturesVideo(node_, card);
+        const IOReturn status = isThere ? kIOReturnSuccess : openNode();
+        isOpen_ = status == kIOReturnSuccess;
+        return status;
+    }
+
+    IOReturn controlRequest(IOUSBDevRequest& request) override {
+        return isOpen_ ? performControlRequest(node_, request) : EBADF;
+    }
+
+    IOReturn close() override {
+        isOpen_ = false;
+        return kIOReturnSuccess;
+    }
+
+  private:
     /// Opens the first node that delivers video: the driver gives its controls to that one, and
     /// none to the metadata node beside it.
-    IOReturn open() override {
+    IOReturn openNode() {
+        node_.close();
         const UdevPtr context(udev_new());
         const auto present = attachment_.device(context.get());
         const auto interface = present ? udevDevice(context.get(), syspath_) : nullptr;
@@ -71,20 +92,11 @@ class LinuxUsbInterface : public UsbInterface {
         return failure;
     }
 
-    IOReturn controlRequest(IOUSBDevRequest& request) override {
-        return node_.isOpen() ? performControlRequest(node_, request) : EBADF;
-    }
-
-    IOReturn close() override {
-        node_.close();
-        return kIOReturnSuccess;
-    }
-
-  private:
     Attachment attachment_;
     std::string syspath_;
     Descriptor descriptor_;
     VideoNode node_;
+    bool isOpen_ = false;  // for requests
 };
 
 class LinuxUsbDevice : public UsbDevice {

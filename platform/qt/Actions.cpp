@@ -17,10 +17,6 @@ struct Actions::Target {
 };
 
 Actions::Actions(NSViewController& controller, QWidget& window) : controller_(controller) {
-    // A timer of no duration comes after all events that are there already.
-    idle_.setSingleShot(true);
-    idle_.setInterval(0);
-    connect(&idle_, &QTimer::timeout, this, &Actions::flush);
     window.installEventFilter(this);
 }
 
@@ -50,7 +46,6 @@ void Actions::settle(const QWidget* widget) {
 }
 
 void Actions::flush() {
-    idle_.stop();
     while (!waiting_.empty()) {
         const Target* next = waiting_.front();
         waiting_.erase(waiting_.begin());
@@ -65,9 +60,11 @@ bool Actions::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Actions::sendSoon(Target& target) {
+    // A posted event comes after the input that is there already, and before anything is painted.
+    if (waiting_.empty())
+        QMetaObject::invokeMethod(this, &Actions::flush, Qt::QueuedConnection);
     if (std::ranges::find(waiting_, &target) == waiting_.end())
         waiting_.push_back(&target);
-    idle_.start();
 }
 
 void Actions::sendNow(Target& target) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QObject>
-#include <QTimer>
 #include <memory>
 #include <vector>
 
@@ -45,7 +44,6 @@ class Actions : public QObject {
     NSViewController& controller_;
     std::vector<std::unique_ptr<Target>> targets_;
     std::vector<const Target*> waiting_;
-    QTimer idle_;
 };
 
 }  // namespace platform

@@ -42,6 +42,8 @@ class Loader : public QUiLoader {
             return new ImageToggle(parent);
         if (className == QLatin1String("ImageView"))
             return new ImageView(parent);
+        if (className == QLatin1String("ValueLabel"))
+            return new ValueLabel(parent);
         return nullptr;
     }
 };

@@ -1,5 +1,6 @@
 #include "platform/qt/Widgets.h"
 
+#include <QEvent>
 #include <QLineEdit>
 #include <QStyleOptionToolButton>
 
@@ -42,6 +43,21 @@ void ImageToggle::initStyleOption(QStyleOptionToolButton* option) const {
     QToolButton::initStyleOption(option);
     if (autoRaise())
         option->state &= ~QStyle::State_On;
+}
+
+ValueLabel::ValueLabel(QWidget* parent) : QLabel(parent) {
+    makeRoom();
+}
+
+void ValueLabel::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        makeRoom();
+}
+
+void ValueLabel::makeRoom() {
+    const QFontMetrics metrics = fontMetrics();
+    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-000000")), metrics.height());
 }
 
 }  // namespace platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QComboBox>
+#include <QLabel>
 #include <QToolButton>
 
 namespace platform {
@@ -34,6 +35,19 @@ class ImageToggle : public QToolButton {
 
   protected:
     void initStyleOption(QStyleOptionToolButton* option) const override;
+};
+
+/// A label for the number of a slider. It has room for any, so that a new one moves nothing in the
+/// window while the user drags.
+class ValueLabel : public QLabel {
+  public:
+    explicit ValueLabel(QWidget* parent = nullptr);
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void makeRoom();
 };
 
 }  // namespace platform
