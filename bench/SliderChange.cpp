@@ -11,11 +11,14 @@
 
 #include <QApplication>
 #include <QTabWidget>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
-#include "devices/CaptureSession.h"
-#include "platform/AVCaptureSession.h"
+#include "camera/CameraFunctions.h"
 #include "tests/kernel/KernelWindow.h"
 #include "virtualcam/DemoBus.h"
 
@@ -62,6 +65,8 @@ class Node {
 /// One window with a camera open and not shown, for all benchmarks: plugging one in takes long.
 class Bench {
   public:
+    using Clock = std::chrono::steady_clock;
+
     static Bench& get() {
         if (!bench_)
             bench_.reset(new Bench);
@@ -71,49 +76,74 @@ class Bench {
     /// Ends it, while there is an application still.
     static void end() { bench_.reset(); }
 
-    /// Moves a slider that is in sight, and waits until the camera has its value.
-    void move(QSlider& slider, int page, int number) {
-        window_.window().findChild<QTabWidget*>()->setCurrentIndex(page);
-        slider.setValue(number);
-        QCoreApplication::processEvents();  // paints
-        QCoreApplication::processEvents();  // sends, as nothing else is left to do
+    /// Lets the camera take so long for each answer from now on.
+    void answerAfter(std::chrono::milliseconds time) {
+        answer_ = time;
+        // Even one that answers at once tells when it is asked.
+        plugged_.camera().setFaults({.delay = std::max(time, std::chrono::milliseconds(1))});
     }
 
-    QSlider& slider(const char* name) { return window_.slider(name); }
-    std::size_t requests() { return plugged_.camera().requests().size(); }
-    void forgetRequests() { plugged_.camera().clearRequests(); }
-
-  private:
-    Bench() : plugged_(window_.plug(virtualcam::studioCamera(), 0)) {
-        window_.clickOpen();
-        g_captureSession->stopRunning();
+    /// Moves a slider and handles all that follows from it.
+    void move(QSlider& slider, int number) {
+        slider.setValue(number);
         QCoreApplication::processEvents();
     }
 
+    /// Shows a page, and returns a slider of it.
+    QSlider& slider(const char* name, int page) {
+        window_.window().findChild<QTabWidget*>()->setCurrentIndex(page);
+        QCoreApplication::processEvents();
+        return window_.slider(name);
+    }
+
+    /// When the camera had answered the latest request.
+    Clock::time_point answered() const { return answered_; }
+
+    /// How many requests the camera had since the last call.
+    std::size_t requests() {
+        const std::size_t count = plugged_.camera().requests().size();
+        plugged_.camera().clearRequests();
+        return count;
+    }
+
+  private:
+    Bench() : plugged_(window_.plug(virtualcam::studioCamera(), 0)) {
+        OpenCameraByUniqueID(plugged_.device->uniqueID());
+        plugged_.camera().setWait([this](std::chrono::milliseconds /*nominal*/) {
+            std::this_thread::sleep_for(answer_.load());
+            answered_ = Clock::now();
+        });
+    }
+
     static inline std::unique_ptr<Bench> bench_;
+    std::atomic<std::chrono::milliseconds> answer_{};
+    std::atomic<Clock::time_point> answered_{};
     KernelWindow window_;
     PluggedCamera plugged_;
 };
 
-/// Calls `change` with 1 and 2 by turns; each call must send `requests` requests.
+/// Calls `change` with 1 and 2 by turns. Each call must send `requests` requests, and is timed
+/// until the camera has answered the last one of them.
 template <class Change>
 void measure(benchmark::State& state, std::size_t requests, Change change) {
     Bench& bench = Bench::get();
-    change(0);  // the first use of a control asks the camera for more
-    bench.forgetRequests();
+    bench.answerAfter(std::chrono::milliseconds(state.range(0)));
+    change(3);  // the first use of a control asks the camera for more
+    bench.requests();
     int number = 1;
     for ([[maybe_unused]] auto iteration : state) {
         number = 3 - number;
+        const auto start = Bench::Clock::now();
         change(number);
+        state.SetIterationTime(std::chrono::duration<double>(bench.answered() - start).count());
+        if (bench.requests() != requests)
+            state.SkipWithError("not the requests that were to be measured");
     }
-    if (bench.requests() < requests * static_cast<std::size_t>(state.iterations()))
-        state.SkipWithError("not the requests that were to be measured");
-    bench.forgetRequests();
 }
 
 void windowBrightness(benchmark::State& state) {
-    QSlider& slider = Bench::get().slider("m_sliderBright");
-    measure(state, 1, [&](int number) { Bench::get().move(slider, 1, number); });
+    QSlider& slider = Bench::get().slider("m_sliderBright", 1);
+    measure(state, 1, [&](int number) { Bench::get().move(slider, number); });
 }
 
 void bareBrightness(benchmark::State& state) {
@@ -123,8 +153,8 @@ void bareBrightness(benchmark::State& state) {
 }
 
 void windowNoiseReduction(benchmark::State& state) {
-    QSlider& slider = Bench::get().slider("m_SliderNR2D");
-    measure(state, 2, [&](int number) { Bench::get().move(slider, 0, number); });
+    QSlider& slider = Bench::get().slider("m_SliderNR2D", 0);
+    measure(state, 2, [&](int number) { Bench::get().move(slider, number); });
 }
 
 void bareNoiseReduction(benchmark::State& state) {
@@ -133,10 +163,10 @@ void bareNoiseReduction(benchmark::State& state) {
     measure(state, 2, [&](int number) { node.setNoiseReduction(number); });
 }
 
-BENCHMARK(windowBrightness)->UseRealTime();
-BENCHMARK(bareBrightness)->UseRealTime();
-BENCHMARK(windowNoiseReduction)->UseRealTime();
-BENCHMARK(bareNoiseReduction)->UseRealTime();
+BENCHMARK(windowBrightness)->Arg(0)->Arg(5)->UseManualTime();
+BENCHMARK(bareBrightness)->Arg(0)->Arg(5)->UseManualTime();
+BENCHMARK(windowNoiseReduction)->Arg(0)->Arg(5)->UseManualTime();
+BENCHMARK(bareNoiseReduction)->Arg(0)->Arg(5)->UseManualTime();
 
 }  // namespace
 
