@@ -18,12 +18,11 @@ namespace {
 double contrast(const QImage& picture) {
     const auto linear = [](int part) { return std::pow(part / 255.0, 2.2); };
     std::set<double> light;
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            const QRgb pixel = picture.pixel(x, y);
-            light.insert(0.2126 * linear(qRed(pixel)) + 0.7152 * linear(qGreen(pixel)) +
-                         0.0722 * linear(qBlue(pixel)));
-        }
+    for (int i = 0; i < picture.width() * picture.height(); ++i) {
+        const QRgb pixel = picture.pixel(i % picture.width(), i / picture.width());
+        light.insert(0.2126 * linear(qRed(pixel)) + 0.7152 * linear(qGreen(pixel)) +
+                     0.0722 * linear(qBlue(pixel)));
+    }
     return (*light.rbegin() + 0.05) / (*light.begin() + 0.05);
 }
 

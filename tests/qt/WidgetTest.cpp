@@ -1,17 +1,112 @@
-// What the widgets and the boxes show, and what they give back.
+// How the widgets work: when and how often they send their actions, and what they show.
 
 #include <gmock/gmock.h>
 
+#include <QAccessible>
 #include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 #include <QToolButton>
+#include <QWheelEvent>
 
 #include "platform/CALayer.h"
-#include "platform/CFUserNotification.h"
 #include "platform/backend/CaptureBackend.h"
 #include "tests/support/WindowBench.h"
 
 namespace {
+
+using testing::_;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ActionTest : public testing::Test {
+  protected:
+    ActionTest() { bench.open(); }
+
+    static void turnWheel(QWidget& widget) {
+        const QPointF center = widget.rect().center();
+        QWheelEvent event(center, widget.mapToGlobal(center), {}, {0, -120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&event);  // only the system's events go on to parents
+        QCoreApplication::instance()->notify(&widget, &event);
+    }
+
+    void setByAssistance(int value) {
+        QAccessible::queryAccessibleInterface(&slider)->valueInterface()->setCurrentValue(value);
+    }
+
+    /// What was sent to the camera once all that is queued has been handled.
+    std::vector<std::string> sent() {
+        QCoreApplication::processEvents();
+        return bench.requests();
+    }
+
+    WindowBench bench;
+    QSlider& slider = bench.slider("m_sliderBright");
+};
+
+TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
+    bench.window().resize(1024, 400);
+    auto& list = bench.list("m_SpinRgain");
+    auto& area = *bench.find<QScrollArea>("vendorPageScroll");
+    sent();  // the window is laid out by now
+    turnWheel(list);
+    turnWheel(bench.slider("m_SliderRgain"));
+    EXPECT_GT(area.verticalScrollBar()->value(), 0);
+    EXPECT_THAT(sent(), IsEmpty());
+    list.setFocus();
+    turnWheel(list);
+    EXPECT_THAT(sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
+    list.showPopup();  // and the same item chosen again
+    QTest::keyClick(QApplication::activePopupWidget()->focusWidget(), Qt::Key_Return);
+    EXPECT_THAT(sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
+}
+
+TEST_F(ActionTest, AWaitingActionIsSentOnceAndBeforeAllElse) {
+    setByAssistance(41);
+    setByAssistance(42);  // the one before is not worth sending any more
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2a 00"));
+    setByAssistance(5);
+    bench.button("m_btn50HZ").click();
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
+    setByAssistance(7);
+    bench.controller().m_sliderBright.setIntValue(9);
+    EXPECT_EQ(slider.value(), 9);
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 07 00")) << "9 is the program's own";
+    setByAssistance(8);
+    bench.window().close();
+    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
+}
+
+TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
+    bench.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    bench.camera().setWait([&](auto) {  // over the first position it takes its time
+        for (int position = 100; slider.value() < 180; ++position)
+            slider.setSliderPosition(position);
+    });
+    slider.setSliderDown(true);
+    slider.setSliderPosition(60);
+    slider.setSliderPosition(61);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | b4 00"));
+    slider.setSliderPosition(200);
+    EXPECT_THAT(bench.requests(), IsEmpty());
+    slider.setSliderDown(false);
+    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
+}
+
+TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
+    for (const auto& [name, request] : {std::pair{"m_btnFlipV", "21 01 1800 1000 1 | 01"},
+                                        {"m_btnFlipV", "21 01 1800 1000 1 | 00"},
+                                        {"m_btnStylePC", "21 01 0d00 1000 1 | 03"},
+                                        {"m_btnStylePC", "21 01 0d00 1000 1 | 03"}}) {
+        QAccessible::queryAccessibleInterface(&bench.button(name))
+            ->actionInterface()
+            ->doAction(QAccessibleActionInterface::toggleAction());
+        EXPECT_THAT(sent(), ElementsAre(_, request));
+    }
+}
 
 TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     WindowBench bench;
@@ -29,29 +124,6 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     QTest::keyClick(&cameras, Qt::Key_Tab);
     EXPECT_EQ(bench.controller().m_cbxDevice.stringValue(), "quelvo studio camera");
     EXPECT_EQ(cameras.count(), 1);
-}
-
-/// Shows a box, presses `key` in it, or closes it for none, and returns the response.
-CFOptionFlags ask(const std::optional<std::string>& alternate, Qt::Key key) {
-    QTimer answer;
-    QObject::connect(&answer, &QTimer::timeout, [&] {
-        answer.stop();
-        auto& box = dynamic_cast<QMessageBox&>(*QApplication::activeModalWidget());
-        key == Qt::Key_unknown ? static_cast<void>(box.close()) : QTest::keyClick(&box, key);
-    });
-    answer.start(0);
-    CFOptionFlags response = 99;
-    CFUserNotificationDisplayAlert(0, 1, "Notice", "Sure?", "OK", alternate, response);
-    return response;
-}
-
-TEST(WidgetTest, OnlyReturnAndABoxesLoneButtonAgree) {
-    EXPECT_EQ(ask("Cancel", Qt::Key_Return), 99U) << "without a window there is no box";
-    WindowBench bench;
-    EXPECT_EQ(ask("Cancel", Qt::Key_Return), kCFUserNotificationDefaultResponse);
-    EXPECT_EQ(ask("Cancel", Qt::Key_Escape), kCFUserNotificationAlternateResponse);
-    EXPECT_EQ(ask("Cancel", Qt::Key_unknown), kCFUserNotificationAlternateResponse);
-    EXPECT_EQ(ask({}, Qt::Key_unknown), kCFUserNotificationDefaultResponse);
 }
 
 /// A layer that shows one red picture, twice as wide as high.
