@@ -21,7 +21,7 @@ TEST(CameraTest, TakesWhatIsLegalRefusesAllElseAndMovesWhatItHolds) {
     bench.open();
     VirtualCamera& camera = bench.camera();
     for (const auto& [unit, selector, length, value, taken] :
-         std::vector<std::tuple<int, int, int, int, bool>>{
+         std::vector<std::tuple<int, int, int, std::int64_t, bool>>{
              {3, PU_BRIGHTNESS_CONTROL, 2, -255, true},
              {3, PU_BRIGHTNESS_CONTROL, 2, -256, false},
              {3, PU_BRIGHTNESS_CONTROL, 2, 256, false},
@@ -30,7 +30,7 @@ TEST(CameraTest, TakesWhatIsLegalRefusesAllElseAndMovesWhatItHolds) {
              {2, 2, 2, 1, false},                                        // no such unit
              {3, PU_WHITE_BALANCE_TEMPERATURE_CONTROL, 2, 2800, false},  // while it is automatic
              {1, CT_AE_MODE_CONTROL, 1, 1 | 8, false},                   // two modes at once
-             {1, CT_PANTILT_ABSOLUTE_CONTROL, 8, 3600, true},
+             {1, CT_PANTILT_ABSOLUTE_CONTROL, 8, 3600 - (std::int64_t{7200} << 32), true},
              {1, CT_PANTILT_ABSOLUTE_CONTROL, 8, 1, false},  // between two steps
              {16, XU_RGAIN, 2, -10, true},
              {16, XU_RGAIN, 2, 253, false},  // not -3
@@ -40,6 +40,7 @@ TEST(CameraTest, TakesWhatIsLegalRefusesAllElseAndMovesWhatItHolds) {
             << unit << ", " << selector << ", " << value;
         EXPECT_EQ(camera.picture() != before, taken);
     }
+    EXPECT_EQ(std::pair(camera.picture().pan, camera.picture().tilt), std::pair(3600, -7200));
     const int focus = camera.picture().focus;
     for (int picture = 0; picture < 30; ++picture)
         camera.nextPicture();
