@@ -69,7 +69,7 @@ TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
     bench_.open();
     bench_.camera().setWait([](auto) {});
     // Behind the buffer the sanitizer watches.
-    const auto transfer = [this](std::int32_t direction, const Faults& faults, UnitKind kind,
+    const auto transfer = [this](std::int32_t direction, const Faults& faults, std::uint32_t kind,
                                  std::uint32_t selector, Bytes buffer, const Strings& wire,
                                  const std::string& error = {}) {
         bench_.camera().setFaults(faults);

@@ -25,7 +25,7 @@ void awaitPreviewsEnd(WindowBench& bench) {
 class PulledOut : public testing::TestWithParam<std::pair<std::string, int>> {};
 
 TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
-    const auto& [button, stride] = GetParam();
+    const std::string& button = GetParam().first;
     WindowBench bench;
     bench.pressOpen();
     const auto logged = [&](std::string_view start) { return bench.log().count(start); };
@@ -40,7 +40,7 @@ TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
     press(std::nullopt);
     const auto all = static_cast<int>(bench.requests().size());
     ASSERT_GT(all, 10);
-    for (int n = 0; n < all; n += stride) {
+    for (int n = 0; n < all; n += GetParam().second) {
         SCOPED_TRACE(testing::Message() << "after " << n << " of " << all << " requests");
         press(n);
         EXPECT_THAT(bench.requests(), testing::SizeIs(n));

@@ -75,17 +75,17 @@ TEST(ViewTest, TextsAndOutlinesStandOutInLightAndDark) {
 TEST(ViewTest, NothingIsCutOffOnASmallScreenOrInLargeTextAndMnemonicsAreUnique) {
     const QFont usual;
     // The second is a small screen when everything is twice as large, not the text alone.
-    for (const auto& [size, factor] :
+    for (const auto& row :
          {std::pair{QSize(1024, 700), 1}, {QSize(624, 352), 1}, {QSize(1264, 752), 2}}) {
         QFont font = usual;
-        font.setPointSize(font.pointSize() * factor);
+        font.setPointSize(font.pointSize() * row.second);
         QApplication::setFont(font);
         WindowBench bench;
         bench.moveSlider("m_sliderWB", 10000);
-        bench.window().resize(size);
+        bench.window().resize(row.first);
         std::set<QString> mnemonics{"V0", "V1", "S0", "S1"};  // the pages' own
         onEachPage(bench, [&](QWidget& widget, const QImage&, const QString& page) {
-            EXPECT_EQ(bench.window().size(), size);
+            EXPECT_EQ(bench.window().size(), row.first);
             const QSize least = textOf(widget).isEmpty() ? QSize() : widget.minimumSizeHint();
             EXPECT_EQ(widget.size(), widget.size().expandedTo(least));
             for (auto* area : bench.window().findChildren<QScrollArea*>())
