@@ -1,21 +1,17 @@
-// Both pages in the real window: the scripted exchanges, and what no script can say.
+// Both pages in the real window: the scripted exchanges, and the version, which no script can set.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QLabel>
 
 #include "camera/ControlTable.h"
-#include "pages/vendor/ShowAlert.h"
 #include "pages/vendor/VendorPage.h"
 #include "pages/vendor/VersionLabel.h"
 #include "tests/support/Exchanges.h"
 #include "tests/support/WindowBench.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 void loadPages(WindowBench& bench) {
     InitXUPage(bench.controller());
@@ -27,13 +23,10 @@ void loadPages(WindowBench& bench) {
 virtualcam::CameraModel tolerantCamera() {
     virtualcam::CameraModel model = virtualcam::studioCamera();
     for (auto& row : model.controls) {
-        if (row.kind == virtualcam::ControlKind::text ||
-            row.kind == virtualcam::ControlKind::trigger)
+        if (row.kind == virtualcam::ControlKind::text)
             continue;
-        const int bits = 8 * row.length / (row.secondLimits ? 2 : 1);
-        const auto widest = static_cast<std::int32_t>((std::int64_t{1} << (bits - 1)) - 1);
         row.kind = virtualcam::ControlKind::number;
-        row.limits = {-widest - 1, widest, 1, row.limits.standard};
+        row.limits = {INT32_MIN, INT32_MAX, 1, row.limits.standard};
         if (row.secondLimits)
             row.secondLimits = row.limits;
         row.automatic.reset();
@@ -71,51 +64,17 @@ TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
                                          {"V8.V9.", "v3 V8.V9."},
                                          {"1.0.5", "v1 SOC:V1.0.5"},
                                          {"SOC1.0.5", "SOC1.0.5"},
-                                         {"2.0.0", "2.0.0"},
-                                         {"v9.1.", "v1 SOC:Vv9.1."},
-                                         {"", ""},
+                                         {"v9.2.", "v9.2."},
                                          {"V9.\xFF\xC3", "v3 V9.\uFFFD\uFFFD"}})
         EXPECT_EQ(versionLabel(0, version), label);
-    EXPECT_EQ(versionLabel(1, "V9.2.4"), "Get device info failed!");
-}
-
-TEST(VersionLabelTest, ShowsAFullBufferAsPlainText) {
+    // A text that fills its buffer, and is no markup.
     virtualcam::CameraModel model = virtualcam::studioCamera();
     model.version = "<b>3.45678901234567</b>!";
-    ASSERT_EQ(model.version.size(), 24U);
     WindowBench bench(model);
     bench.open();
     InitXUPage(bench.controller());
     EXPECT_EQ(bench.shown("m_lableVersion"), model.version);
     EXPECT_EQ(bench.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
-}
-
-TEST(ShowAlertTest, WithoutAWindowTheAnswerIsNo) {
-    EXPECT_EQ(ShowAlert("Notice", "Nobody can see this", 1), 0);
-}
-
-TEST(DragTest, ASlowCameraSkipsPositionsButNeverTheLast) {
-    WindowBench bench;
-    bench.open();
-    int waits = 0;
-    bench.moveSlider("m_sliderGama", 100);
-    bench.requests();
-    // While the camera takes its time over the first position, the hand goes on.
-    bench.camera().setFaults({.delay = std::chrono::milliseconds(20)});
-    bench.camera().setWait([&](std::chrono::milliseconds) { ++waits; });
-    QSlider& slider = bench.slider("m_sliderGama");
-    slider.setSliderDown(true);
-    for (int position = 101; position <= 140; ++position)
-        slider.setSliderPosition(position);
-    QCoreApplication::processEvents();
-    for (int position = 141; position <= 180; ++position)
-        slider.setSliderPosition(position);
-    slider.setSliderDown(false);
-    QCoreApplication::processEvents();
-    EXPECT_THAT(bench.requests(),
-                ElementsAre("21 01 0900 0300 2 | 8c 00", "21 01 0900 0300 2 | b4 00"));
-    EXPECT_EQ(waits, 2);
-    EXPECT_EQ(bench.shown("m_textGama"), "180");
 }
 
 }  // namespace
