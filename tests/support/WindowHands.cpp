@@ -27,9 +27,8 @@ std::string WindowHands::image(const std::string& name) {
     const auto drawn = [&](const QIcon& icon) {
         return icon.pixmap(button(name).iconSize()).toImage();
     };
-    for (const char* resource : {"button_on.png", "button_off.png"})
-        if (drawn(button(name).icon()) ==
-            drawn(QIcon(QLatin1String(":/") + QLatin1String(resource))))
+    for (const std::string resource : {"button_on.png", "button_off.png"})
+        if (drawn(button(name).icon()) == drawn(QIcon((":/" + resource).c_str())))
             return resource;
     return {};
 }
@@ -54,8 +53,19 @@ void WindowHands::click(const std::string& name) {
     QCoreApplication::processEvents();
 }
 
+bool WindowHands::waitUntil(const std::function<bool()>& condition) {
+    bool late = false;
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    deadline.callOnTimeout([&late] { late = true; });
+    deadline.start(40'000);  // longer than anything takes, even in a busy emulated machine
+    while (!condition() && !late)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return condition();
+}
+
 NextBox::NextBox(QMessageBox::ButtonRole answer) {
-    QObject::connect(&timer_, &QTimer::timeout, [this, answer] {
+    timer_.callOnTimeout([this, answer] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (box == nullptr)
             return;
