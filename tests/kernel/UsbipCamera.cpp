@@ -98,25 +98,21 @@ bool UsbipCamera::receive() {
     Header message{};
     if (!read(&message, sizeof message))
         return false;
-    if (message.command == htonl(kSubmit))
-        return submit(message);
-    // What is taken back gets no other answer.
-    reads_.erase(ntohl(message.first));
-    write(kUnlink, ntohl(message.sequence), -ECONNRESET, 0, {});
-    return true;
-}
-
-bool UsbipCamera::submit(const Header& command) {
-    const std::uint32_t sequence = ntohl(command.sequence);
-    if (command.endpoint != 0) {
-        reads_[sequence] = ntohl(command.length);
+    const std::uint32_t sequence = ntohl(message.sequence);
+    if (message.command == htonl(kUnlink)) {
+        reads_.erase(ntohl(message.first));  // gets no other answer
+        write(kUnlink, sequence, -ECONNRESET, 0, {});
         return true;
     }
-    const bool in = (command.setup.bRequestType & USB_DIR_IN) != 0;
-    Bytes data(ntohl(command.length));
+    if (message.endpoint != 0) {
+        reads_[sequence] = ntohl(message.length);
+        return true;
+    }
+    const bool in = (message.setup.bRequestType & USB_DIR_IN) != 0;
+    Bytes data(ntohl(message.length));
     if (!in && !read(data.data(), data.size()))
         return false;
-    const IOReturn status = control(command.setup, data);
+    const IOReturn status = control(message.setup, data);
     if (status == 0)
         write(kSubmit, sequence, 0, data.size(), in ? data : Bytes());
     else if (status == EPIPE)

@@ -30,7 +30,6 @@ class UsbipCamera {
 
     void serve();
     bool receive();
-    bool submit(const Header& command);
     IOReturn control(const usb_ctrlrequest& setup, Bytes& data);
     Bytes payload(std::size_t room);
     bool read(void* to, std::size_t length) const;

@@ -2,16 +2,13 @@
 // and a camera on a loose cable, pulled out at any moment and plugged in many times.
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <linux/videodev2.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
 #include <cstdlib>
 #include <iostream>
-#include <set>
 
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
@@ -51,19 +48,6 @@ class Window : public testing::Test, public KernelWindow {
 
 }  // namespace
 
-TEST_F(Window, ShowsTheCamerasValuesAndItsPicture) {
-    const auto plugged = plug(studioCamera(), 0);
-    log.take();
-    perform(readExchanges({"page-load.txt"}, "kernel").at(0), plugged.camera());
-    awaitPicture();
-    const QImage seen = find<QWidget>("m_previewWnd")->grab().toImage();
-    std::set<QRgb> colours;
-    for (int x = 0; x < seen.width(); ++x)
-        colours.insert(seen.pixel(x, seen.height() / 2));
-    EXPECT_GT(colours.size(), 16U);
-    EXPECT_EQ(log.count("ERROR"), 0);
-}
-
 // The exchanges follow each other on one camera: plugging one in, or giving every control its
 // default, takes long.
 TEST_F(Window, SendsTheExchangesOfBothPages) {
@@ -79,19 +63,19 @@ TEST_F(Window, SendsTheExchangesOfBothPages) {
     }
 }
 
-TEST_F(Window, OpensTheCameraThatIsChosenAndNoOther) {
+TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     const auto classic = plug(virtualcam::classicCamera(), 1);
     const auto studio = plug(studioCamera(), 0);
     EXPECT_EQ(shown("m_cbxDevice"), "Quelvo Classic Camera");
     clickOpen();
     for (const char* name : {"m_sliderZoom", "m_sliderFocus", "m_btnAutoFocus", "m_sliderPano"})
         EXPECT_FALSE(isEnabled(name)) << name;
-    EXPECT_TRUE(isEnabled("m_sliderBright"));
     EXPECT_EQ(shown("m_lableVersion"), "v1 SOC:V1.0.5");
     choose("m_cbxDevice", "Quelvo Studio Camera");
-    clickOpen();
-    EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
+    log.take();
+    perform(readExchanges({"page-load.txt"}, "kernel").at(0), studio.camera());
     awaitPicture();
+    EXPECT_EQ(log.count("ERROR"), 0);
     EXPECT_EQ(g_captureSession->latestFrame()->width, 320);
     EXPECT_TRUE(isBrightAtTheRight());
     click("m_btnFlipH");  // of the camera that the control channel has, and so does the preview
@@ -103,12 +87,11 @@ TEST_F(Window, ACameraThatAnotherProgramShowsOrThatIsSilentForAWhileCanBeTuned) 
     setInCamera(plugged.camera(), {3, virtualcam::PU_BRIGHTNESS_CONTROL}, {3, 0});
     int other = -1;
     for (int node = 0; other < 0 && node < 64; ++node)
-        other = open(fmt::format("/dev/video{}", node).c_str(), O_RDWR | O_CLOEXEC);
+        other = open(("/dev/video" + std::to_string(node)).c_str(), O_RDWR | O_CLOEXEC);
     v4l2_requestbuffers buffers{1, V4L2_BUF_TYPE_VIDEO_CAPTURE, V4L2_MEMORY_MMAP, 0, 0, {}};
     ASSERT_EQ(ioctl(other, VIDIOC_REQBUFS, &buffers), 0);
     clickOpen();
-    EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) > 0; }));
-    EXPECT_EQ(log.count(kPreviewFailed), 1);
+    EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) == 1; }));
     EXPECT_EQ(shown("m_sliderBright"), "3");
     log.take();
 
@@ -127,8 +110,7 @@ TEST_F(Window, ACameraThatAnotherProgramShowsOrThatIsSilentForAWhileCanBeTuned) 
 
 TEST_F(Window, ACameraThatMayNotBeUsedYetIsListedAndWorksOnceItMay) {
     const auto plugged = plug(studioCamera(), 0);
-    constexpr uid_t nobody = 65534;
-    ASSERT_EQ(seteuid(nobody), 0);
+    ASSERT_EQ(seteuid(65534), 0);  // nobody
     clickOpen();
     EXPECT_EQ(seteuid(0), 0);
     EXPECT_EQ(log.count("ERROR: trying to open camera: There is no permission"), 1);
@@ -144,23 +126,18 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     auto plugged = plug(studioCamera(), 0);
     clickOpen();
     awaitPicture();
-    QSlider& gamma = slider("m_sliderGama");
-    gamma.setSliderDown(true);
-    const auto drag = [&](int position) {
-        gamma.setSliderPosition(position);
-        QCoreApplication::processEvents();
-    };
-    drag(100);
+    slider("m_sliderGama").setSliderDown(true);
+    moveSlider("m_sliderGama", 100);
     EXPECT_EQ(wireText(plugged.camera().requests().back()), "21 01 0900 0300 2 | 64 00");
     EXPECT_EQ(log.count(kRequestFailed), 0);
     plugged.port.reset();
-    drag(101);
+    moveSlider("m_sliderGama", 101);
     EXPECT_TRUE(waitForCameras(0));
     EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) > 0; }));
     const auto next = plug(studioCamera(), 0);
     const int failed = log.count(kRequestFailed);
-    drag(102);
-    gamma.setSliderDown(false);
+    moveSlider("m_sliderGama", 102);
+    slider("m_sliderGama").setSliderDown(false);
     EXPECT_GT(log.count(kRequestFailed), failed);
     EXPECT_EQ(shown("m_textGama"), "102");
     EXPECT_THAT(next.camera().requests(), testing::IsEmpty());

@@ -58,9 +58,7 @@ std::string see(WindowHands& hands, const std::string& name, const std::string& 
         return hands.isEnabled(name) ? "enabled" : "disabled";
     if (verb == "pictures")
         return hands.image(name);
-    if (verb == "offers")
-        return offerOf(hands, name);
-    fail("no such word: " + verb);
+    return offerOf(hands, name);
 }
 
 /// How widgets differ from what the expectation says of them; empty when none does.
@@ -88,7 +86,7 @@ class Performance {
         } else if (is("log (.*)")) {
             expectNext(log_, part_[1]);
         } else if (is("skip (\\d+)")) {
-            for (int count = number(1); count > 0; --count)
+            for (int count = std::stoi(part_[1]); count > 0; --count)
                 expectNext(requests_, "...");
         } else if (is("forget")) {
             requests_.clear();
@@ -117,9 +115,9 @@ class Performance {
         } else if (is("choose (\\S+) (\\S+)")) {
             act([&] { hands.choose(part_[1], part_[2]); });
         } else if (is("move (\\S+) (-?\\d+)")) {
-            act([&] { hands.moveSlider(part_[1], number(2)); });
+            act([&] { hands.moveSlider(part_[1], std::stoi(part_[2])); });
         } else if (is("maximum (\\S+) (-?\\d+)")) {
-            act([&] { hands.slider(part_[1]).setMaximum(number(2)); });
+            act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
         } else {
             fail("no such statement");
         }
@@ -137,8 +135,6 @@ class Performance {
         static std::map<std::string, std::regex> forms;
         return std::regex_match(statement_, part_, forms.try_emplace(form, form).first->second);
     }
-
-    int number(std::size_t part) const { return std::stoi(part_[part]); }
 
     /// Does something, once all that came of what was done before has been expected.
     void act(const std::function<void()>& deed) {

@@ -6,11 +6,6 @@
 #include "platform/AVCaptureDevice.h"
 #include "platform/AVCaptureSession.h"
 
-LiveWindow::LiveWindow() : window_(platform::InterfaceWindow::load(controller_)) {
-    if (!window_)
-        throw std::runtime_error("the interface file does not load");
-}
-
 void LiveWindow::start() {
     platform::startDeviceNotifications();
     controller_.viewDidLoad();
@@ -28,12 +23,6 @@ void LiveWindow::stop() {
 void LiveWindow::awaitPicture() {
     if (!waitUntil([] { return g_captureSession->latestFrame() != nullptr; }))
         throw std::runtime_error("no picture comes");
-}
-
-WindowBench::WindowBench(virtualcam::CameraModel model, bool startNow)
-    : CameraBench(std::move(model)) {
-    if (startNow)
-        start();
 }
 
 void WindowBench::pressOpen() {

@@ -10,7 +10,7 @@
 /// The real window with its controller, on the back ends that are installed when it starts.
 class LiveWindow : public WindowHands {
   public:
-    LiveWindow();
+    LiveWindow() = default;
     LiveWindow(const LiveWindow&) = delete;
     LiveWindow& operator=(const LiveWindow&) = delete;
     ~LiveWindow() override { stop(); }
@@ -28,14 +28,19 @@ class LiveWindow : public WindowHands {
 
   private:
     ViewController controller_;
-    std::unique_ptr<platform::InterfaceWindow> window_;
+    std::unique_ptr<platform::InterfaceWindow> window_ =
+        platform::InterfaceWindow::load(controller_);
 };
 
 /// The window on a bench with a sane camera, as it is after start-up.
 class WindowBench : public CameraBench, public LiveWindow {
   public:
     explicit WindowBench(virtualcam::CameraModel model = virtualcam::studioCamera(),
-                         bool startNow = true);
+                         bool startNow = true)
+        : CameraBench(std::move(model)) {
+        if (startNow)
+            start();
+    }
 
     /// Presses the open button, and forgets the log and the requests.
     void pressOpen();

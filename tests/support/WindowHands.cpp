@@ -1,7 +1,6 @@
 #include "tests/support/WindowHands.h"
 
 #include <QApplication>
-#include <QLabel>
 
 QAbstractButton& WindowHands::buttonSending(const std::string& action) {
     for (auto* candidate : window().findChildren<QAbstractButton*>())
@@ -12,14 +11,11 @@ QAbstractButton& WindowHands::buttonSending(const std::string& action) {
 
 std::string WindowHands::shown(const std::string& name) {
     auto* widget = find<QWidget>(name);
-    if (const auto* slider = qobject_cast<QSlider*>(widget))
-        return std::to_string(slider->value());
-    if (const auto* list = qobject_cast<QComboBox*>(widget))
-        return list->currentText().toStdString();
-    if (const auto* label = qobject_cast<QLabel*>(widget))
-        return label->text().toStdString();
     if (const auto* button = qobject_cast<QAbstractButton*>(widget))
         return button->isChecked() ? "on" : "off";
+    for (const char* property : {"value", "currentText", "text"})
+        if (const QVariant seen = widget->property(property); seen.isValid())
+            return seen.toString().toStdString();
     throw std::runtime_error("shows nothing: " + name);
 }
 
@@ -27,7 +23,7 @@ std::string WindowHands::image(const std::string& name) {
     const auto drawn = [&](const QIcon& icon) {
         return icon.pixmap(button(name).iconSize()).toImage();
     };
-    for (const std::string resource : {"button_on.png", "button_off.png"})
+    for (std::string resource : {"button_on.png", "button_off.png"})
         if (drawn(button(name).icon()) == drawn(QIcon((":/" + resource).c_str())))
             return resource;
     return {};
