@@ -73,9 +73,10 @@ struct FuzzSource : platform::VideoSource {
             return std::exchange(running, nullptr)->failed(input.text());
         const int width = input.byte();
         const int height = input.byte() % 64;
-        const auto line = std::ptrdiff_t{4} * (width + input.byte() % 3);
-        const auto pixels = std::make_shared<std::vector<std::byte>>(line * height);
-        running->frame({width, height, line, pixels->data(), pixels});
+        running->frame({width, height, [width, height](std::byte* pixels, int bytesPerLine) {
+                            for (int y = 0; y < height; ++y, pixels += bytesPerLine)
+                                std::fill_n(pixels, std::ptrdiff_t{4} * width, std::byte{0xFF});
+                        }});
     }
     static inline platform::VideoSink* running = nullptr;
 };

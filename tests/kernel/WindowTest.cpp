@@ -7,14 +7,12 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <iostream>
-
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
 #include "platform/linux/ClosingPreviews.h"
 #include "tests/kernel/KernelWindow.h"
 #include "tests/support/Footprint.h"
+#include "tests/support/Pixels.h"
 #include "virtualcam/DemoBus.h"
 
 namespace {
@@ -38,11 +36,10 @@ class Window : public testing::Test, public KernelWindow {
         EXPECT_TRUE(waitForCameras(0));
     }
 
-    /// Whether the latest picture is brighter at the right edge than at the left one.
+    /// Whether the latest picture's grey is brighter at its right edge than at its left one.
     static bool isBrightAtTheRight() {
-        const auto frame = g_captureSession->latestFrame();
-        const std::byte* row = frame->pixels + frame->height / 2 * frame->bytesPerLine;
-        return row[std::ptrdiff_t{4} * (frame->width - 9)] > row[32];
+        const auto pixels = pixelsOf(*g_captureSession->latestFrame());
+        return pixels.back() > pixels.front();
     }
 };
 
@@ -66,7 +63,6 @@ TEST_F(Window, SendsTheExchangesOfBothPages) {
 TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     const auto classic = plug(virtualcam::classicCamera(), 1);
     const auto studio = plug(studioCamera(), 0);
-    EXPECT_EQ(shown("m_cbxDevice"), "Quelvo Classic Camera");
     clickOpen();
     for (const char* name : {"m_sliderZoom", "m_sliderFocus", "m_btnAutoFocus", "m_sliderPano"})
         EXPECT_FALSE(isEnabled(name)) << name;
@@ -93,7 +89,6 @@ TEST_F(Window, ACameraThatAnotherProgramShowsOrThatIsSilentForAWhileCanBeTuned) 
     clickOpen();
     EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) == 1; }));
     EXPECT_EQ(shown("m_sliderBright"), "3");
-    log.take();
 
     plugged.camera().setWait([](std::chrono::milliseconds) {});
     plugged.camera().setFaults({.delay = virtualcam::kControlTimeout});
@@ -129,7 +124,6 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     slider("m_sliderGama").setSliderDown(true);
     moveSlider("m_sliderGama", 100);
     EXPECT_EQ(wireText(plugged.camera().requests().back()), "21 01 0900 0300 2 | 64 00");
-    EXPECT_EQ(log.count(kRequestFailed), 0);
     plugged.port.reset();
     moveSlider("m_sliderGama", 101);
     EXPECT_TRUE(waitForCameras(0));
@@ -170,8 +164,8 @@ TEST_F(Window, PulledOutAtAnyMomentItIsToldAndTheNextOpenWorks) {
 
 // QUELVO_PLUGS sets how often, which takes long.
 TEST_F(Window, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
-    const char* wanted = std::getenv("QUELVO_PLUGS");
-    const int cycles = wanted == nullptr ? 14 : std::atoi(wanted);
+    const int wanted = qEnvironmentVariableIntValue("QUELVO_PLUGS");
+    const int cycles = wanted == 0 ? 14 : wanted;
     Footprint before;
     for (int i = 0; i <= cycles; ++i) {
         expectSane();
@@ -187,5 +181,4 @@ TEST_F(Window, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
     before.threads += 2;  // GLib keeps threads without work for a while
     // A picture (300 KiB) may still be on its way to the window.
     EXPECT_TRUE(after.isBackAt(before, std::size_t{400} * 1024)) << after << "; before: " << before;
-    std::cout << before << "; after: " << after << '\n';
 }

@@ -15,19 +15,15 @@
 
 namespace {
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::runtime_error(what);
-}
-
 /// Takes the first of `came`, which must be as `wanted` says; "..." at its end leaves it open.
 void expectNext(std::deque<std::string>& came, const std::string& wanted) {
     if (came.empty())
-        fail("nothing more came");
+        throw std::runtime_error("nothing more came");
     const std::string first = came.front();
     came.pop_front();
     const auto known = wanted.ends_with("...") ? wanted.size() - 3 : std::string::npos;
     if (first.substr(0, known) != wanted.substr(0, known))
-        fail("but this came: " + first);
+        throw std::runtime_error("but this came: " + first);
 }
 
 /// Reads controls as "unit/selector".
@@ -66,7 +62,7 @@ std::string difference(WindowHands& hands, const std::string& expectation) {
     static const std::regex form("((?:m_\\w+ )+)(=|is|pictures|offers) (.*)");
     std::smatch part;
     if (!std::regex_match(expectation, part, form))
-        fail("no such expectation");
+        throw std::runtime_error("no such expectation");
     std::istringstream names(part[1]);
     for (std::string name; names >> name;)
         if (const std::string seen = see(hands, name, part[2]); seen != part[3])
@@ -103,7 +99,7 @@ class Performance {
             stage_.camera.setFaults({.stalled = controlsIn(part_[1])});
         } else if (is("m_.*")) {
             if (const std::string found = difference(hands, statement_); !found.empty())
-                fail(found);
+                throw std::runtime_error(found);
         } else if (is("set (\\d+/\\d+) ([ 0-9a-f]+)")) {
             const QByteArray bytes = QByteArray::fromHex(part_.str(2).c_str());
             expectNothingMore();
@@ -119,14 +115,14 @@ class Performance {
         } else if (is("maximum (\\S+) (-?\\d+)")) {
             act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
         } else {
-            fail("no such statement");
+            throw std::runtime_error("no such statement");
         }
     }
 
     void expectNothingMore() const {
         for (const auto* left : {&requests_, &log_})
             if (!left->empty())
-                fail("nobody expected: " + left->front());
+                throw std::runtime_error("nobody expected: " + left->front());
     }
 
   private:
@@ -146,7 +142,7 @@ class Performance {
         std::erase(log_, "");  // what was as it should be meanwhile
         collect(statement_ == "load");
         if (box.said() != std::exchange(question_, {}))
-            fail("the box said: " + box.said());
+            throw std::runtime_error("the box said: " + box.said());
     }
 
     /// Takes in what has reached the camera and the log. What a load reads and traces is left out.
@@ -193,7 +189,7 @@ std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,
             }
         }
         if (blocks.empty() || blocks.back().file != path)
-            fail("no exchanges in " + path);
+            throw std::runtime_error("no exchanges in " + path);
     }
     std::erase_if(blocks, [](const Exchange& block) { return block.name.empty(); });
     return blocks;
