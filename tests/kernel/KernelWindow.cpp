@@ -4,72 +4,56 @@
 
 #include <algorithm>
 
-#include "camera/UVCCameraControl.h"
-#include "devices/CameraList.h"
-#include "devices/CaptureSession.h"
-#include "platform/AVCaptureSession.h"
 #include "platform/backend/Backends.h"
 
 namespace {
 
-using namespace virtualcam;  // NOLINT(google-build-using-namespace): names of requests throughout
-
 /// Whether the driver makes the request of itself, at times of its own: it reads the limits of a
 /// standard control before it first writes it, the values that a mode governs after it has written
 /// the mode, and from unit 0 why a request was refused.
-bool isDriversOwn(const RequestRecord& record) {
-    const auto unit = static_cast<std::uint8_t>(record.wIndex >> 8);
-    const auto& rows = studioControls();
-    const auto row = std::ranges::find(
-        rows, ControlId{unit, static_cast<std::uint8_t>(record.wValue >> 8)}, &ControlRow::id);
-    if (unit == kInterfaceUnit || row == rows.end())
+bool isDriversOwn(const virtualcam::RequestRecord& record) {
+    const virtualcam::ControlId id{static_cast<std::uint8_t>(record.wIndex >> 8),
+                                   static_cast<std::uint8_t>(record.wValue >> 8)};
+    const auto& rows = virtualcam::studioControls();
+    const auto row = std::ranges::find(rows, id, &virtualcam::ControlRow::id);
+    if (id.unit == virtualcam::kInterfaceUnit || row == rows.end())
         return true;
-    const bool movesByItself = (row->info & kInfoAutoUpdate) != 0;
-    return unit != kVendorUnit && record.bRequest != SET_CUR &&
-           (record.bRequest != GET_CUR || movesByItself);
+    const bool movesByItself = (row->info & virtualcam::kInfoAutoUpdate) != 0;
+    return id.unit != virtualcam::kVendorUnit && record.bRequest != virtualcam::SET_CUR &&
+           (record.bRequest != virtualcam::GET_CUR || movesByItself);
 }
 
 }  // namespace
 
 KernelWindow::KernelWindow() {
     platform::installBackends({&usb_, &capture_, &log});
-    platform::startDeviceNotifications();
-    window_ = platform::InterfaceWindow::load(controller_);
-    controller_.viewDidLoad();
-    window_->widget().show();
+    start();
 }
 
 KernelWindow::~KernelWindow() {
-    g_captureSession.reset();
-    g_uvcCamera.reset();
-    window_.reset();
-    platform::stopDeviceNotifications();
+    // A camera that a test left in its port is on its way out; the next test wants the port free.
+    waitForCameras(0);
+    stop();
     platform::installBackends({});
 }
 
-std::vector<std::string> KernelWindow::listed() {
-    std::vector<std::string> names;
-    for (int i = 0; i < list("m_cbxDevice").count(); ++i)
-        names.push_back(list("m_cbxDevice").itemText(i).toStdString());
-    return names;
-}
-
-bool KernelWindow::waitForList(const std::vector<std::string>& names) {
-    return waitUntil([&] { return listed() == names; });
-}
-
-PluggedCamera KernelWindow::plug(const virtualcam::CameraModel& model, unsigned port) {
-    std::vector<std::string> names = listed();
-    names.push_back(model.name);
-    PluggedCamera plugged = bench.plug(model, port);
-    EXPECT_TRUE(waitForList(names));
+PluggedCamera KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
+    // UVC counts the contrast without a sign (UVC 1.1, 4.2.2.3.3), and so does the kernel's driver;
+    // the built-in camera takes the window's whole range.
+    for (virtualcam::ControlRow& row : model.controls)
+        if (row.id == virtualcam::ControlId{3, virtualcam::PU_CONTRAST_CONTROL})
+            row.limits.minimum = 0;
+    const int before = list("m_cbxDevice").count();
+    PluggedCamera plugged{std::make_unique<UsbipCamera>(std::move(model), port)};
+    EXPECT_TRUE(waitForCameras(before + 1));
+    plugged.camera().clearRequests();
     return plugged;
 }
 
-bool KernelWindow::waitForPicture() {
-    return waitUntil([] { return g_captureSession->latestFrame() != nullptr; });
+bool KernelWindow::waitForCameras(int count) {
+    return waitUntil([&] { return list("m_cbxDevice").count() == count; });
 }
 
-void KernelWindow::perform(const Exchange& exchange, VirtualCamera& camera) {
+void KernelWindow::perform(const Exchange& exchange, virtualcam::VirtualCamera& camera) {
     ::perform(exchange, {*this, camera, log, [this] { clickOpen(); }, isDriversOwn});
 }

@@ -1,20 +1,49 @@
 #include "tests/kernel/UsbipCamera.h"
 
+#include <endian.h>
+#include <fmt/format.h>
+#include <linux/usb/video.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <QByteArray>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
-#include <system_error>
+#include <stdexcept>
 
-namespace usbip {
 namespace {
 
 constexpr std::uint32_t kSubmit = 1;  // commands; an answer's is two higher
 constexpr std::uint32_t kUnlink = 2;
+
+// The pictures that answers.txt tells of, and the milliseconds between them: the machines that run
+// this are emulated, and slow.
+constexpr unsigned kWidth = 320;
+constexpr unsigned kHeight = 240;
+constexpr int kPause = 100;
+
+/// What answers.txt has under this name; empty for none.
+std::vector<std::uint8_t> answerOf(const virtualcam::CameraModel& model, const std::string& name) {
+    const bool hasLens = model.controls.size() == virtualcam::studioControls().size();
+    std::string letters;
+    for (const char letter : model.name)  // all are ASCII
+        letters += fmt::format("{:02x}00", letter);
+    std::string digits;
+    std::ifstream file(QUELVO_ANSWERS);
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with(name + ' '))
+            digits += line.substr(0, line.find('#')).substr(name.size());
+    digits = fmt::format(fmt::runtime(digits), fmt::arg("vendor", htobe16(model.vendorID)),
+                         fmt::arg("product", htobe16(model.productID)),
+                         fmt::arg("lens", hasLens ? "2a0a02" : "0a0000"),
+                         fmt::arg("nameLength", 2 + letters.size() / 2), fmt::arg("name", letters));
+    const QByteArray bytes = QByteArray::fromHex(digits.c_str());
+    return {bytes.begin(), bytes.end()};
+}
 
 }  // namespace
 
@@ -26,23 +55,19 @@ struct UsbipCamera::Header {
     usb_ctrlrequest setup;
 };
 
-UsbipCamera::UsbipCamera(std::shared_ptr<virtualcam::VirtualCamera> camera, unsigned port)
-    : camera_(std::move(camera)), function_(camera_) {
+UsbipCamera::UsbipCamera(virtualcam::CameraModel model, unsigned port) : camera_(std::move(model)) {
     static_assert(sizeof(Header) == 48);
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
-        throw std::system_error(errno, std::generic_category(), "socketpair");
-    camera_->powerOn();
+        throw std::runtime_error("no pair of sockets");
+    camera_.powerOn();
     // Port, connection, a number of the remote device that nothing looks at, and high speed.
     std::ofstream controller("/sys/devices/platform/vhci_hcd.0/attach");
     controller << port << ' ' << ends[1] << " 65537 3" << std::flush;
-    const int error = errno;
+    if (!controller)
+        throw std::runtime_error("the virtual port takes no camera");
     close(ends[1]);
     socket_ = ends[0];
-    if (!controller) {
-        close(socket_);
-        throw std::system_error(error, std::generic_category(), "attaching a virtual camera");
-    }
     thread_ = std::thread([this] { serve(); });
 }
 
@@ -55,11 +80,12 @@ UsbipCamera::~UsbipCamera() {
 void UsbipCamera::serve() {
     for (bool connected = true; connected;) {
         pollfd message{socket_, POLLIN, 0};
-        if (poll(&message, 1, reads_.empty() ? -1 : function_.pause()) != 0) {
+        const int pause = sent_ == 0 ? kPause : 0;
+        if (poll(&message, 1, reads_.empty() ? -1 : pause) != 0) {
             connected = receive();
         } else {
             const auto [sequence, room] = *reads_.begin();
-            const Bytes data = function_.payload(room);
+            const Bytes data = payload(room);
             write(kSubmit, sequence, 0, data.size(), data);
             reads_.erase(sequence);
         }
@@ -72,31 +98,71 @@ bool UsbipCamera::receive() {
     Header message{};
     if (!read(&message, sizeof message))
         return false;
-    if (message.command == htonl(kSubmit))
-        return submit(message);
-    // What is taken back gets no other answer; what has ended has had its own.
-    const auto ended = reads_.erase(ntohl(message.first)) + stuck_.erase(ntohl(message.first));
-    write(kUnlink, ntohl(message.sequence), ended != 0 ? -ECONNRESET : 0, 0, {});
-    return true;
-}
-
-bool UsbipCamera::submit(const Header& command) {
-    const std::uint32_t sequence = ntohl(command.sequence);
-    if (command.endpoint != 0) {
-        reads_[sequence] = ntohl(command.length);
+    const std::uint32_t sequence = ntohl(message.sequence);
+    if (message.command == htonl(kUnlink)) {
+        reads_.erase(ntohl(message.first));  // gets no other answer
+        write(kUnlink, sequence, -ECONNRESET, 0, {});
         return true;
     }
-    const bool in = (command.setup.bRequestType & USB_DIR_IN) != 0;
-    Bytes data(ntohl(command.length));
+    if (message.endpoint != 0) {
+        reads_[sequence] = ntohl(message.length);
+        return true;
+    }
+    const bool in = (message.setup.bRequestType & USB_DIR_IN) != 0;
+    Bytes data(ntohl(message.length));
     if (!in && !read(data.data(), data.size()))
         return false;
-    const IOReturn status = function_.control(command.setup, data);
-    if (status == ETIMEDOUT)
-        stuck_.insert(sequence);
-    else if (status != ENODEV)
-        write(kSubmit, sequence, -status, status == 0 ? data.size() : 0,
-              in && status == 0 ? data : Bytes());
+    const IOReturn status = control(message.setup, data);
+    if (status == 0)
+        write(kSubmit, sequence, 0, data.size(), in ? data : Bytes());
+    else if (status == EPIPE)
+        write(kSubmit, sequence, -EPIPE, 0, {});
     return status != ENODEV;
+}
+
+/// Answers on endpoint 0. `data` is what was sent, or zeros in whose place the answer comes.
+/// Returns 0, EPIPE (stalled), ETIMEDOUT (the request never ends) or ENODEV (fallen off).
+IOReturn UsbipCamera::control(const usb_ctrlrequest& setup, Bytes& data) {
+    const std::uint16_t value = le16toh(setup.wValue);
+    const std::uint16_t index = le16toh(setup.wIndex);
+    const auto length = static_cast<std::uint16_t>(data.size());
+    const bool in = (setup.bRequestType & USB_DIR_IN) != 0;
+    const bool toClass = (setup.bRequestType & USB_TYPE_MASK) == USB_TYPE_CLASS;
+    if (toClass && (index & 0xFF) == 0) {
+        IOUSBDevRequest request{
+            setup.bRequestType, setup.bRequest, value, index, length, data.data(), 0};
+        const IOReturn status = camera_.controlRequest(request);
+        data.resize(in ? request.wLenDone : length);
+        return status;
+    }
+    if (toClass && in)
+        data = answerOf(camera_.model(), "stream");
+    else if (toClass && value >> 8 == UVC_VS_COMMIT_CONTROL)
+        sent_ = 0;  // a stream starts with a whole picture
+    else if (in && setup.bRequest == USB_REQ_GET_DESCRIPTOR)
+        data = answerOf(camera_.model(), fmt::format("{:04x}", value));
+    data.resize(std::min<std::size_t>(data.size(), length));
+    return data.empty() && length != 0 ? EPIPE : 0;
+}
+
+/// The next `room` bytes of the bulk endpoint, fewer at a picture's end: a header, and a piece of a
+/// grey ramp from dark to bright, which turns round with the horizontal flip. The virtual camera's
+/// own scene takes an emulated machine longer than the host waits for it.
+UsbipCamera::Bytes UsbipCamera::payload(std::size_t room) {
+    if (sent_ == 0)
+        flipped_ = camera_.nextPicture().flipHorizontal != 0;
+    Bytes data{2, static_cast<std::uint8_t>(UVC_STREAM_EOH | (odd_ ? UVC_STREAM_FID : 0))};
+    for (; data.size() < room && sent_ < kWidth * kHeight; ++sent_) {
+        const unsigned column = sent_ % kWidth;
+        const unsigned along = flipped_ ? kWidth - 1 - column : column;
+        data.push_back(static_cast<std::uint8_t>(20 + along * 180 / kWidth));
+        data.push_back(128);
+    }
+    if (sent_ == kWidth * kHeight) {
+        sent_ = 0;
+        odd_ = !odd_;
+    }
+    return data;
 }
 
 bool UsbipCamera::read(void* to, std::size_t length) const {
@@ -111,10 +177,6 @@ void UsbipCamera::write(std::uint32_t command, std::uint32_t sequence, int statu
     header.sequence = htonl(sequence);
     header.first = htonl(static_cast<std::uint32_t>(status));
     header.length = htonl(static_cast<std::uint32_t>(length));
-    const auto* start = reinterpret_cast<const std::uint8_t*>(&header);
-    Bytes message(start, start + sizeof header);
-    message.insert(message.end(), data.begin(), data.end());
-    send(socket_, message.data(), message.size(), MSG_NOSIGNAL);
+    send(socket_, &header, sizeof header, MSG_NOSIGNAL);
+    send(socket_, data.data(), data.size(), MSG_NOSIGNAL);
 }
-
-}  // namespace usbip

@@ -1,43 +1,46 @@
 #pragma once
 
+#include <linux/usb/ch9.h>
+
 #include <map>
-#include <set>
 #include <thread>
+#include <vector>
 
-#include "tests/kernel/UvcFunction.h"
-
-namespace usbip {
+#include "virtualcam/VirtualCamera.h"
 
 /// A virtual camera in a USB port of this machine, where the kernel's own driver takes it for a
-/// camera like any other. A thread of its own answers as the device's end of a USB/IP connection.
+/// camera like any other: descriptors, stream negotiation and video stand around the camera's own
+/// control requests, which reach it unchanged. A thread of its own answers as the device's end of a
+/// USB/IP connection.
 class UsbipCamera {
   public:
     /// Plugs the camera into high-speed port `port` of the first virtual host controller. Throws
-    /// std::system_error when the port is taken or the controller is missing.
-    UsbipCamera(std::shared_ptr<virtualcam::VirtualCamera> camera, unsigned port);
+    /// when the port is taken or the controller is missing.
+    UsbipCamera(virtualcam::CameraModel model, unsigned port);
     UsbipCamera(const UsbipCamera&) = delete;
     UsbipCamera& operator=(const UsbipCamera&) = delete;
     /// Breaks the connection: the camera is pulled out.
     ~UsbipCamera();
 
-    virtualcam::VirtualCamera& camera() const { return *camera_; }
+    virtualcam::VirtualCamera& camera() { return camera_; }
 
   private:
+    using Bytes = std::vector<std::uint8_t>;
     struct Header;
 
     void serve();
     bool receive();
-    bool submit(const Header& command);
+    IOReturn control(const usb_ctrlrequest& setup, Bytes& data);
+    Bytes payload(std::size_t room);
     bool read(void* to, std::size_t length) const;
     void write(std::uint32_t command, std::uint32_t sequence, int status, std::size_t length,
                const Bytes& data) const;
 
-    const std::shared_ptr<virtualcam::VirtualCamera> camera_;
-    UvcFunction function_;
+    virtualcam::VirtualCamera camera_;
     int socket_ = -1;
     std::map<std::uint32_t, std::uint32_t> reads_;  // waiting on the bulk endpoint, and their room
-    std::set<std::uint32_t> stuck_;                 // requests that never end by themselves
+    unsigned sent_ = 0;                             // pixels of the picture under way
+    bool odd_ = false;                              // every other picture is
+    bool flipped_ = false;                          // the picture under way is
     std::thread thread_;
 };
-
-}  // namespace usbip

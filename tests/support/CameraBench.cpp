@@ -10,12 +10,6 @@
 #include "camera/UVCCameraControl.h"
 #include "platform/backend/Backends.h"
 
-namespace {
-
-constexpr std::uint8_t hostToInterface = 0x21;
-
-}  // namespace
-
 std::string wireText(const virtualcam::RequestRecord& record) {
     return fmt::format("{:02x} {:02x} {:04x} {:04x} {}{}{:02x}{}", record.bmRequestType,
                        record.bRequest, record.wValue, record.wIndex, record.wLength,
@@ -25,13 +19,11 @@ std::string wireText(const virtualcam::RequestRecord& record) {
 
 void setInCamera(virtualcam::VirtualCamera& camera, virtualcam::ControlId control,
                  std::vector<std::uint8_t> value) {
-    IOUSBDevRequest request{hostToInterface,
-                            virtualcam::SET_CUR,
-                            static_cast<std::uint16_t>(control.selector << 8U),
-                            static_cast<std::uint16_t>(control.unit << 8U),
-                            static_cast<std::uint16_t>(value.size()),
-                            value.data(),
-                            0};
+    IOUSBDevRequest request{0x21, virtualcam::SET_CUR};  // from the host, to the interface
+    request.wValue = static_cast<std::uint16_t>(control.selector << 8U);
+    request.wIndex = static_cast<std::uint16_t>(control.unit << 8U);
+    request.wLength = static_cast<std::uint16_t>(value.size());
+    request.pData = value.data();
     if (camera.controlRequest(request) != 0)
         throw std::runtime_error("the camera refuses the value");
     camera.clearRequests();

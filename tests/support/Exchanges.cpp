@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <deque>
 #include <fstream>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -13,45 +15,24 @@
 
 namespace {
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::runtime_error(what);
-}
-
-template <class Value = std::string>
-Value next(std::istream& in) {
-    Value value{};
-    if (!(in >> value))
-        fail("a word is missing or no number");
-    return value;
-}
-
-std::string restOf(std::istream& in) {
-    std::string text;
-    std::getline(in >> std::ws, text);
-    return text;
-}
-
-bool isAtEnd(std::istream& in) {
-    return (in >> std::ws).eof();
-}
-
-/// Takes a control as "unit/selector".
-virtualcam::ControlId nextControl(std::istream& in) {
-    const int unit = next<int>(in);
-    if (next<char>(in) != '/')
-        fail("a control is unit/selector");
-    return {static_cast<std::uint8_t>(unit), static_cast<std::uint8_t>(next<int>(in))};
-}
-
-/// Takes the first of `came`, which must be as `wanted` says; " ..." at its end leaves it open.
+/// Takes the first of `came`, which must be as `wanted` says; "..." at its end leaves it open.
 void expectNext(std::deque<std::string>& came, const std::string& wanted) {
     if (came.empty())
-        fail("nothing more came");
+        throw std::runtime_error("nothing more came");
     const std::string first = came.front();
     came.pop_front();
-    const bool isOpen = wanted.ends_with("...");
-    if (isOpen ? !first.starts_with(wanted.substr(0, wanted.size() - 3)) : first != wanted)
-        fail("but this came: " + first);
+    const auto known = wanted.ends_with("...") ? wanted.size() - 3 : std::string::npos;
+    if (first.substr(0, known) != wanted.substr(0, known))
+        throw std::runtime_error("but this came: " + first);
+}
+
+/// Reads controls as "unit/selector".
+std::set<virtualcam::ControlId> controlsIn(const std::string& text) {
+    std::istringstream in(text);
+    std::set<virtualcam::ControlId> controls;
+    for (int unit = 0, selector = 0; in >> unit && in.ignore() >> selector;)
+        controls.insert({static_cast<std::uint8_t>(unit), static_cast<std::uint8_t>(selector)});
+    return controls;
 }
 
 /// The lowest and the highest number that a slider or a list offers, with all between them.
@@ -66,97 +47,102 @@ std::string offerOf(WindowHands& hands, const std::string& name) {
     return (list.itemText(list.count() - 1) + ' ' + list.itemText(0)).toStdString();
 }
 
+std::string see(WindowHands& hands, const std::string& name, const std::string& verb) {
+    if (verb == "=")
+        return hands.shown(name);
+    if (verb == "is")
+        return hands.isEnabled(name) ? "enabled" : "disabled";
+    if (verb == "pictures")
+        return hands.image(name);
+    return offerOf(hands, name);
+}
+
+/// How widgets differ from what the expectation says of them; empty when none does.
+std::string difference(WindowHands& hands, const std::string& expectation) {
+    static const std::regex form("((?:m_\\w+ )+)(=|is|pictures|offers) (.*)");
+    std::smatch part;
+    if (!std::regex_match(expectation, part, form))
+        throw std::runtime_error("no such expectation");
+    std::istringstream names(part[1]);
+    for (std::string name; names >> name;)
+        if (const std::string seen = see(hands, name, part[2]); seen != part[3])
+            return std::string("but ").append(name).append(" shows ").append(seen);
+    return {};
+}
+
 class Performance {
   public:
     explicit Performance(const Stage& stage) : stage_(stage) {}
 
     void perform(const std::string& statement) {
-        std::istringstream in(statement);
-        const auto word = next(in);
-        if (word == ">") {
-            expectNext(requests_, restOf(in));
-        } else if (word == "log") {
-            expectNext(log_, restOf(in));
-        } else if (word == "skip") {
-            for (int count = next<int>(in); count > 0; --count)
+        statement_ = statement;
+        WindowHands& hands = stage_.hands;
+        if (is("> (.*)")) {
+            expectNext(requests_, part_[1]);
+        } else if (is("log (.*)")) {
+            expectNext(log_, part_[1]);
+        } else if (is("skip (\\d+)")) {
+            for (int count = std::stoi(part_[1]); count > 0; --count)
                 expectNext(requests_, "...");
-        } else if (word == "forget") {
+        } else if (is("forget")) {
             requests_.clear();
             log_.clear();
-        } else if (word == "answer") {
-            const auto button = next(in);
-            if (button != "OK" && button != "Cancel")
-                fail("no such answer");
-            answer_ = button == "OK" ? QMessageBox::AcceptRole : QMessageBox::RejectRole;
-            question_ = restOf(in);
-        } else if (word == "meanwhile") {
-            meanwhile_ = restOf(in);
-        } else if (word == "stall") {
-            virtualcam::Faults faults;
-            while (!isAtEnd(in))
-                faults.stalled.insert(nextControl(in));
-            stage_.camera.setFaults(faults);
-        } else if (word.starts_with("m_")) {
-            if (const std::string found = difference(statement); !found.empty())
-                fail(found);
-            restOf(in);
+        } else if (is("answer (?:OK|(Cancel)) (.*)")) {
+            answer_ = part_[1].matched ? QMessageBox::RejectRole : QMessageBox::AcceptRole;
+            question_ = part_[2];
+        } else if (is("meanwhile (.*)")) {
+            stage_.camera.setFaults({.delay = std::chrono::milliseconds(1)});
+            stage_.camera.setWait([this, wanted = part_.str(1)](auto) {
+                log_.push_back(difference(stage_.hands, wanted));
+            });
+        } else if (is("stall((?: \\d+/\\d+)*)")) {
+            stage_.camera.setFaults({.stalled = controlsIn(part_[1])});
+        } else if (is("m_.*")) {
+            if (const std::string found = difference(hands, statement_); !found.empty())
+                throw std::runtime_error(found);
+        } else if (is("set (\\d+/\\d+) ([ 0-9a-f]+)")) {
+            const QByteArray bytes = QByteArray::fromHex(part_.str(2).c_str());
+            expectNothingMore();
+            setInCamera(stage_.camera, *controlsIn(part_[1]).begin(), {bytes.begin(), bytes.end()});
+        } else if (is("load")) {
+            act(stage_.loadPages);
+        } else if (is("click (\\S+)")) {
+            act([&] { hands.click(part_[1]); });
+        } else if (is("choose (\\S+) (\\S+)")) {
+            act([&] { hands.choose(part_[1], part_[2]); });
+        } else if (is("move (\\S+) (-?\\d+)")) {
+            act([&] { hands.moveSlider(part_[1], std::stoi(part_[2])); });
+        } else if (is("maximum (\\S+) (-?\\d+)")) {
+            act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
         } else {
-            act(word, in);
+            throw std::runtime_error("no such statement");
         }
-        if (!isAtEnd(in))
-            fail("too many words");
     }
 
     void expectNothingMore() const {
         for (const auto* left : {&requests_, &log_})
             if (!left->empty())
-                fail("nobody expected: " + left->front());
+                throw std::runtime_error("nobody expected: " + left->front());
     }
 
   private:
-    /// Does something, once all that came of what was done before has been expected.
-    void act(const std::string& word, std::istream& in) {
-        expectNothingMore();
-        const NextBox box(std::exchange(answer_, QMessageBox::RejectRole));
-        std::set<std::string> seen;
-        if (!meanwhile_.empty()) {
-            stage_.camera.setFaults({.delay = std::chrono::milliseconds(1)});
-            stage_.camera.setWait([&](auto) { seen.insert(difference(meanwhile_)); });
-        }
-        work(word, in);
-        QCoreApplication::processEvents();
-        if (!meanwhile_.empty())
-            stage_.camera.setFaults({});
-        collect(word == "load");
-        if (box.said() != std::exchange(question_, {}))
-            fail("the box said: " + box.said());
-        if (!std::exchange(meanwhile_, {}).empty() && seen != std::set<std::string>{{}})
-            fail("while requests were on their way: " + (seen.empty() ? "none" : *seen.rbegin()));
+    /// Whether the statement has this form, whose parts are then known.
+    bool is(const std::string& form) {
+        static std::map<std::string, std::regex> forms;
+        return std::regex_match(statement_, part_, forms.try_emplace(form, form).first->second);
     }
 
-    void work(const std::string& word, std::istream& in) {
-        if (word == "load") {
-            stage_.loadPages();
-        } else if (word == "set") {
-            const auto control = nextControl(in);
-            std::vector<std::uint8_t> bytes;
-            while (!isAtEnd(in))
-                bytes.push_back(static_cast<std::uint8_t>(std::stoul(next(in), nullptr, 16)));
-            setInCamera(stage_.camera, control, std::move(bytes));
-        } else if (word == "click") {
-            stage_.hands.click(next(in));
-        } else if (word == "choose") {
-            const auto list = next(in);
-            stage_.hands.choose(list, next(in));
-        } else if (word == "move") {
-            const auto slider = next(in);
-            stage_.hands.moveSlider(slider, next<int>(in));
-        } else if (word == "maximum") {
-            QSlider& slider = stage_.hands.slider(next(in));
-            slider.setMaximum(next<int>(in));
-        } else {
-            fail("no such word");
-        }
+    /// Does something, once all that came of what was done before has been expected.
+    void act(const std::function<void()>& deed) {
+        expectNothingMore();
+        const NextBox box(std::exchange(answer_, QMessageBox::RejectRole));
+        deed();
+        QCoreApplication::processEvents();
+        stage_.camera.setWait([](auto) {});
+        std::erase(log_, "");  // what was as it should be meanwhile
+        collect(statement_ == "load");
+        if (box.said() != std::exchange(question_, {}))
+            throw std::runtime_error("the box said: " + box.said());
     }
 
     /// Takes in what has reached the camera and the log. What a load reads and traces is left out.
@@ -171,45 +157,16 @@ class Performance {
                 log_.push_back(line);
     }
 
-    /// How a widget differs from what the statement says of it; empty when none does.
-    std::string difference(const std::string& statement) {
-        std::istringstream in(statement);
-        std::vector<std::string> names;
-        auto verb = next(in);
-        for (; verb.starts_with("m_"); verb = next(in))
-            names.push_back(verb);
-        const std::string wanted = restOf(in);
-        for (const std::string& name : names)
-            if (const std::string seen = see(name, verb); seen != wanted)
-                return std::string("but ").append(name).append(" " + verb + " ").append(seen);
-        return {};
-    }
-
-    std::string see(const std::string& name, const std::string& verb) {
-        if (verb == "=")
-            return stage_.hands.shown(name);
-        if (verb == "is")
-            return stage_.hands.isEnabled(name) ? "enabled" : "disabled";
-        if (verb == "pictures")
-            return stage_.hands.image(name);
-        if (verb == "offers")
-            return offerOf(stage_.hands, name);
-        fail("no such word: " + verb);
-    }
-
     const Stage& stage_;
+    std::string statement_;
+    std::smatch part_;  // of the statement
     QMessageBox::ButtonRole answer_ = QMessageBox::RejectRole;
-    std::string question_;   // what the next box is to say
-    std::string meanwhile_;  // what the widgets are to show during the next requests
+    std::string question_;  // what the next box is to say
     std::deque<std::string> requests_;
     std::deque<std::string> log_;
 };
 
 }  // namespace
-
-void PrintTo(const Exchange& exchange, std::ostream* out) {
-    *out << exchange.file << ':' << exchange.line;
-}
 
 std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,
                                     const std::string& stage) {
@@ -219,7 +176,6 @@ std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,
         const std::string path = std::string(QUELVO_EXCHANGES) + name;
         std::ifstream file(path);
         std::string text;
-        bool takesBlock = false;
         for (int line = 1; std::getline(file, text); ++line) {
             std::istringstream statements(text.substr(0, text.find('#')));
             while (std::getline(statements >> std::ws, text, ';')) {
@@ -227,30 +183,30 @@ std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,
                 std::regex_match(text, part, parts);
                 const bool taken = !part[1].matched || part[1] == stage;
                 if (part[2].matched)
-                    takesBlock = taken;
-                if (part[2].matched && taken)
-                    blocks.push_back({path, line, part[3], {}});
-                else if (takesBlock && taken)
-                    blocks.back().statements.push_back({line, part[3]});
+                    blocks.push_back({path, line, taken ? part.str(3) : "", {}});
+                else if (taken)
+                    blocks.back().statements.emplace_back(line, part[3]);
             }
         }
         if (blocks.empty() || blocks.back().file != path)
-            fail("no exchanges in " + path);
+            throw std::runtime_error("no exchanges in " + path);
     }
+    std::erase_if(blocks, [](const Exchange& block) { return block.name.empty(); });
     return blocks;
 }
 
 void perform(const Exchange& exchange, const Stage& stage) {
     Performance performance(stage);
-    Exchange::Statement current{exchange.line, ""};
+    std::pair<int, std::string> current{exchange.line, ""};
     try {
-        for (const Exchange::Statement& statement : exchange.statements) {
+        for (const auto& statement : exchange.statements) {
             current = statement;
-            performance.perform(statement.text);
+            performance.perform(statement.second);
         }
         performance.expectNothingMore();
     } catch (const std::exception& error) {
-        ADD_FAILURE_AT(exchange.file.c_str(), current.line) << current.text << ": " << error.what();
+        ADD_FAILURE_AT(exchange.file.c_str(), current.first)
+            << current.second << ": " << error.what();
     }
     stage.camera.setFaults({});
 }

@@ -2,8 +2,9 @@
 
 #include <functional>
 #include <initializer_list>
-#include <iosfwd>
+#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/TestLog.h"
@@ -12,16 +13,15 @@
 
 /// A block of a script in tests/exchanges, whose README tells what its statements mean.
 struct Exchange {
-    struct Statement {
-        int line;
-        std::string text;
-    };
     std::string file;
     int line;
     std::string name;
-    std::vector<Statement> statements;
+    std::vector<std::pair<int, std::string>> statements;  // with the line of each
+
+    friend std::ostream& operator<<(std::ostream& out, const Exchange& exchange) {
+        return out << exchange.file << ':' << exchange.line;
+    }
 };
-void PrintTo(const Exchange& exchange, std::ostream* out);
 
 /// Reads the blocks of scripts, without what is marked for another stage than `stage`.
 std::vector<Exchange> readExchanges(std::initializer_list<const char*> files,

@@ -2,7 +2,6 @@
 
 #include <malloc.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <filesystem>
 #include <iterator>

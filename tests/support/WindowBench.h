@@ -1,38 +1,47 @@
 #pragma once
 
-#include <functional>
 #include <memory>
-#include <string>
 
 #include "app/ViewController.h"
 #include "platform/qt/Interface.h"
 #include "tests/support/CameraBench.h"
 #include "tests/support/WindowHands.h"
 
-/// The real window with its controller, on a bench with a sane camera, as it is after start-up.
-class WindowBench : public CameraBench, public WindowHands {
+/// The real window with its controller, on the back ends that are installed when it starts.
+class LiveWindow : public WindowHands {
   public:
-    explicit WindowBench(virtualcam::CameraModel model = virtualcam::studioCamera(),
-                         bool start = true);
-    WindowBench(const WindowBench&) = delete;
-    WindowBench& operator=(const WindowBench&) = delete;
-    ~WindowBench() override;
+    LiveWindow() = default;
+    LiveWindow(const LiveWindow&) = delete;
+    LiveWindow& operator=(const LiveWindow&) = delete;
+    ~LiveWindow() override { stop(); }
 
     /// Does what the application loop does at start-up, and forgets nothing of the log.
     void start();
+    /// Lets go of the window and of the back ends.
+    void stop();
 
-    ViewController& controller() { return *controller_; }
+    ViewController& controller() { return controller_; }
     QWidget& window() override { return window_->widget(); }
 
-    /// Presses the open button, and forgets the log and the requests.
-    void pressOpen();
-
-    /// Handles events until `condition` holds; false when it does not within some seconds.
-    static bool waitUntil(const std::function<bool()>& condition);
     /// Waits until the preview has a picture.
     static void awaitPicture();
 
   private:
-    std::unique_ptr<ViewController> controller_;
-    std::unique_ptr<platform::InterfaceWindow> window_;
+    ViewController controller_;
+    std::unique_ptr<platform::InterfaceWindow> window_ =
+        platform::InterfaceWindow::load(controller_);
+};
+
+/// The window on a bench with a sane camera, as it is after start-up.
+class WindowBench : public CameraBench, public LiveWindow {
+  public:
+    explicit WindowBench(virtualcam::CameraModel model = virtualcam::studioCamera(),
+                         bool startNow = true)
+        : CameraBench(std::move(model)) {
+        if (startNow)
+            start();
+    }
+
+    /// Presses the open button, and forgets the log and the requests.
+    void pressOpen();
 };

@@ -1,7 +1,6 @@
 #include "tests/support/WindowHands.h"
 
 #include <QApplication>
-#include <QLabel>
 
 QAbstractButton& WindowHands::buttonSending(const std::string& action) {
     for (auto* candidate : window().findChildren<QAbstractButton*>())
@@ -12,14 +11,11 @@ QAbstractButton& WindowHands::buttonSending(const std::string& action) {
 
 std::string WindowHands::shown(const std::string& name) {
     auto* widget = find<QWidget>(name);
-    if (const auto* slider = qobject_cast<QSlider*>(widget))
-        return std::to_string(slider->value());
-    if (const auto* list = qobject_cast<QComboBox*>(widget))
-        return list->currentText().toStdString();
-    if (const auto* label = qobject_cast<QLabel*>(widget))
-        return label->text().toStdString();
     if (const auto* button = qobject_cast<QAbstractButton*>(widget))
         return button->isChecked() ? "on" : "off";
+    for (const char* property : {"value", "currentText", "text"})
+        if (const QVariant seen = widget->property(property); seen.isValid())
+            return seen.toString().toStdString();
     throw std::runtime_error("shows nothing: " + name);
 }
 
@@ -27,9 +23,8 @@ std::string WindowHands::image(const std::string& name) {
     const auto drawn = [&](const QIcon& icon) {
         return icon.pixmap(button(name).iconSize()).toImage();
     };
-    for (const char* resource : {"button_on.png", "button_off.png"})
-        if (drawn(button(name).icon()) ==
-            drawn(QIcon(QLatin1String(":/") + QLatin1String(resource))))
+    for (std::string resource : {"button_on.png", "button_off.png"})
+        if (drawn(button(name).icon()) == drawn(QIcon((":/" + resource).c_str())))
             return resource;
     return {};
 }
@@ -54,8 +49,19 @@ void WindowHands::click(const std::string& name) {
     QCoreApplication::processEvents();
 }
 
+bool WindowHands::waitUntil(const std::function<bool()>& condition) {
+    bool late = false;
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    deadline.callOnTimeout([&late] { late = true; });
+    deadline.start(40'000);  // longer than anything takes, even in a busy emulated machine
+    while (!condition() && !late)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return condition();
+}
+
 NextBox::NextBox(QMessageBox::ButtonRole answer) {
-    QObject::connect(&timer_, &QTimer::timeout, [this, answer] {
+    timer_.callOnTimeout([this, answer] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (box == nullptr)
             return;

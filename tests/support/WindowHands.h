@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -37,6 +38,10 @@ class WindowHands {
     void choose(const std::string& name, const std::string& title);
     /// Clicks the button of an outlet, or the one that sends an action ("OnBtnRestore:").
     void click(const std::string& name);
+
+    /// Handles events until `condition` holds; false when it does not within some time. Woken by
+    /// events alone: what `condition` looks at changes on the main thread.
+    static bool waitUntil(const std::function<bool()>& condition);
 
     template <class Widget>
     Widget* find(const std::string& name) {
