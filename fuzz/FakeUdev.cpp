@@ -3,6 +3,7 @@
 // is freed twice, and the sanitizer sees both.
 
 #include <libudev.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <deque>
@@ -29,7 +30,7 @@ struct udev_device {
             ":capture:",   "pcmC0D1c", "1-2.3", "remove",     "046d",          "3"};
         const auto [entry, isNew] = said.try_emplace(name);
         if (isNew && !input.seldom())
-            entry->second = input.below(4) == 3 ? input.text() : input.oneOf(usual);
+            entry->second = input.byte() % 4 == 3 ? input.text() : input.oneOf(usual);
         return entry->second ? entry->second->c_str() : nullptr;
     }
     /// The chain of parents ends with the input.
@@ -38,17 +39,11 @@ struct udev_device {
             parent.reset(any());
         return parent.get();
     }
-    static udev_device* any() { return input.below(4) == 3 ? nullptr : new udev_device; }
+    static udev_device* any() { return input.byte() % 4 == 3 ? nullptr : new udev_device; }
 
     std::map<std::string, std::optional<std::string>> said{};
     std::unique_ptr<udev_device> parent{};
 };
-
-template <class Object>
-static Object* dropped(Object* object) {
-    delete object;
-    return nullptr;
-}
 
 extern "C" {
 // clang-format off
@@ -60,10 +55,8 @@ TEXT_OF(property_value) TEXT_OF(sysattr_value)
 NEW(udev, udev_new)
 NEW(udev_enumerate, udev_enumerate_new, udev*)
 NEW(udev_monitor, udev_monitor_new_from_netlink, udev*, const char*)
-udev* udev_unref(udev* context) { return dropped(context); }
-udev_enumerate* udev_enumerate_unref(udev_enumerate* search) { return dropped(search); }
-udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return dropped(monitor); }
-udev_device* udev_device_unref(udev_device* device) { return dropped(device); }
+#define UNREF(type) type* type##_unref(type* object) { delete object; return nullptr; }
+UNREF(udev) UNREF(udev_enumerate) UNREF(udev_monitor) UNREF(udev_device)
 #define STATUS(name, ...) int udev_##name(__VA_ARGS__) { return input.seldom() ? -EINVAL : 0; }
 STATUS(enumerate_add_match_subsystem, udev_enumerate*, const char*)
 STATUS(enumerate_add_match_parent, udev_enumerate*, udev_device*)
@@ -80,9 +73,15 @@ udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return entry
 const char* udev_list_entry_get_name(udev_list_entry*) { return "/sys/any"; }
 // clang-format on
 
+dev_t udev_device_get_devnum(udev_device* /*device*/) {
+    struct stat node {};
+    stat("/dev/null", &node);
+    return input.seldom() ? 0 : node.st_rdev;
+}
+
 udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) {
     udev_list_entry* first = nullptr;
-    for (std::size_t count = input.below(4); count > 0; --count)
+    for (int count = input.byte() % 4; count > 0; --count)
         first = &search->entries.emplace_back(udev_list_entry{first});
     return first;
 }

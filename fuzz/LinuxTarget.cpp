@@ -1,10 +1,8 @@
-// The Linux back end on a kernel, a udev and a list of formats that say anything.
+// The Linux back end on a kernel and a udev that say anything.
 
-#include <fmt/format.h>
 #include <linux/usb/video.h>
 #include <linux/uvcvideo.h>
 #include <linux/videodev2.h>
-#include <sanitizer/lsan_interface.h>
 
 #include <functional>
 #include <set>
@@ -15,7 +13,6 @@
 #include "platform/linux/ControlRequests.h"
 #include "platform/linux/LinuxCapture.h"
 #include "platform/linux/LinuxUsb.h"
-#include "platform/linux/PreviewMode.h"
 #include "platform/linux/VideoNode.h"
 
 namespace {
@@ -44,13 +41,13 @@ void sendAnyRequest() {
     static constexpr std::uint8_t codes[] = {UVC_SET_CUR,  UVC_GET_CUR, UVC_GET_MIN,
                                              UVC_GET_MAX,  UVC_GET_RES, UVC_GET_LEN,
                                              UVC_GET_INFO, UVC_GET_DEF, 0xFF};
-    std::vector<std::uint8_t> data(input.below(12));
+    std::vector<std::uint8_t> data(input.byte() % 12);
     input.fill(data);
     IOUSBDevRequest request;
     request.bRequest = input.oneOf(codes);
     request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
-    request.wValue = static_cast<std::uint16_t>(input.below(20) << 8U);
-    request.wIndex = static_cast<std::uint16_t>(input.below(5) << 8U);
+    request.wValue = static_cast<std::uint16_t>(input.byte() % 20 << 8U);
+    request.wIndex = static_cast<std::uint16_t>(input.byte() % 5 << 8U);
     request.wLength = static_cast<std::uint16_t>(data.size());
     request.pData = input.seldom() ? nullptr : data.data();
     FuzzNode node;
@@ -59,37 +56,6 @@ void sendAnyRequest() {
     std::string card;
     platform::capturesVideo(node, card);
     require(card.size() <= sizeof(v4l2_capability::card), "a name ends with its field");
-}
-
-/// A mode as a driver may list it: with one size, several or a range, and any rate.
-std::string anyMode() {
-    static constexpr const char* kinds[] = {"video/x-raw", "image/jpeg", "video/x-h264",
-                                            "video/x-raw(memory:DMABuf)", "video/x-bayer"};
-    static constexpr const char* formats[] = {"YUY2", "ENCODED", "none", "{BGRx,YUY2}"};
-    static constexpr const char* sizes[] = {"{}", "[{},{}]", "{{{},{}}}"};
-    const auto size = [] {
-        const int least = input.number<std::int16_t>();
-        return fmt::format(fmt::runtime(input.oneOf(sizes)), least, least + 1 + input.byte());
-    };
-    return fmt::format("{},format={},width=(int){},height=(int){},framerate=(fraction){}/{};",
-                       input.oneOf(kinds), input.oneOf(formats), size(), size(),
-                       input.number<std::int32_t>(), 1 + input.byte());
-}
-
-void chooseAnyMode() {
-    std::string text;
-    do
-        text += anyMode();
-    while (input.below(4) != 0);
-    const platform::GstCapsPtr offered(gst_caps_from_string(text.c_str()));
-    if (!offered)
-        return;
-    const int most = 1 + input.byte() * 10;
-    const auto mode = platform::choosePreviewMode(offered.get(), {most, most});
-    require((mode.kind == nullptr) == !mode.caps, "a mode has a kind");
-    require(!mode.caps || (gst_caps_is_fixed(mode.caps.get()) &&
-                           gst_caps_is_subset(mode.caps.get(), offered.get())),
-            "a mode is one of those offered");
 }
 
 /// Keeps a list of its own.
@@ -132,9 +98,6 @@ void lookAtUsb() {
 }  // namespace
 
 // The main loop is the toolkit's, which has no part in this.
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the task is the callee's in the real one
-void platform::postToMainThread(std::function<void()> /*task*/) {}
-
 std::unique_ptr<platform::DescriptorWatch> platform::watchReadable(int /*descriptor*/,
                                                                    std::function<void()> ready) {
     descriptorReady = std::move(ready);
@@ -142,14 +105,7 @@ std::unique_ptr<platform::DescriptorWatch> platform::watchReadable(int /*descrip
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool loaded = [] {
-        setenv("GST_REGISTRY_DISABLE", "yes", 1);  // no plug-in is needed to choose a mode
-        const __lsan::ScopedDisabler tables;       // GLib leaves them behind
-        g_log_set_default_handler([](auto...) {}, nullptr);
-        return platform::loadGStreamer().empty();
-    }();
-    require(loaded, "GStreamer loads");
-    static constexpr void (*parts[])() = {sendAnyRequest, chooseAnyMode, followDevices, lookAtUsb};
+    static constexpr void (*parts[])() = {sendAnyRequest, followDevices, lookAtUsb};
     input.rest = {data, size};
     descriptorReady = nullptr;
     input.oneOf(parts)();

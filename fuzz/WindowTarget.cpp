@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <cerrno>
-#include <optional>
 #include <set>
 
 #include "app/ViewController.h"
@@ -42,19 +41,18 @@ struct FuzzInterface : platform::UsbInterface {
         return input.seldom() ? Descriptor{input.byte(), input.byte()} : Descriptor{14, 1};
     }
     IOReturn controlRequest(IOUSBDevRequest& request) override {
-        enum Answer { whole, word, brief, claim, late, refusal, answers };
-        const std::size_t answer = input.below(answers);
-        const std::size_t most = answer == word ? 2 : answer == brief ? input.below(9) : 0xFFFF;
-        const std::size_t count = std::min<std::size_t>(request.wLength, most);
-        request.wLenDone = static_cast<std::uint32_t>(answer == claim ? ~0U : count);
+        static constexpr std::size_t lengths[] = {0xFFFF, 0xFFFF, 2, 1, 0};
+        const std::size_t count = std::min<std::size_t>(request.wLength, input.oneOf(lengths));
         const std::span data(static_cast<std::uint8_t*>(request.pData), count);
         if ((request.bmRequestType & 0x80U) != 0)
             input.fill(data);
         else  // each byte is there to be read
             sent.assign(data.begin(), data.end());
-        if (answer == late)
-            platform::postToMainThread(meanwhile);
-        return answer == refusal ? EPIPE : 0;
+        const unsigned manner = input.byte();
+        request.wLenDone = static_cast<std::uint32_t>(manner % 8 == 1 ? ~0U : count);
+        if (manner % 8 == 2)
+            platform::postToMainThread([] { meanwhile(); });
+        return manner % 8 == 3 ? EPIPE : 0;
     }
     std::vector<std::uint8_t> sent;
 };
@@ -91,7 +89,7 @@ struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
     std::string localizedName() const override { return name; }
     bool hasVideo() const override { return video; }
     IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
-        for (std::size_t i = input.below(3); i < 2; ++i)
+        for (int i = input.byte() % 3; i < 2; ++i)
             found.push_back(std::make_shared<FuzzInterface>());
         return anyStatus();
     }
@@ -143,74 +141,48 @@ struct CheckedLog : platform::LogSink {
     }
 };
 
-/// The program, of which the fuzzer makes life after life. The window is made once, as that takes
-/// longer than most lives, and is as the interface file left it when one begins. It is not shown:
-/// of all that it draws only the pictures are drawn by the program itself, and they are grabbed.
+/// One life of the program. The window is not shown: of all that it draws only the pictures are
+/// drawn by the program itself, and they are grabbed.
 struct Program : WindowHands {
-    Program();
+    Program() {
+        platform::installBackends({&usb, &capture, &log});
+        meanwhile = [this] {  // behind a box nothing but the bus moves
+            QApplication::activeModalWidget() == nullptr ? step() : capture.unplug();
+        };
+        for (int count = input.byte() % 4; count > 0; --count)
+            capture.plug();
+        platform::startDeviceNotifications();
+        controller.viewDidLoad();
+    }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+    ~Program() override {
+        meanwhile = [] {};
+        QCoreApplication::processEvents();
+        platform::stopDeviceNotifications();
+        g_captureSession.reset();
+        g_uvcCamera.reset();
+        g_length = 0;
+        attached.clear();
+    }
     QWidget& window() override { return interface->widget(); }
-    void begin();
-    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
-    void step();
-    void check();
-    void end();
 
     template <class Widget>
     Widget& any() {
         const auto all = window().findChildren<Widget*>();
         return *input.oneOf(all);
     }
+    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
+    void step();
+    void check();
 
     CheckedLog log;
     UsbSide usb;
     CaptureSide capture;
-    std::optional<ViewController> controller{std::in_place};
+    ViewController controller;
     std::unique_ptr<platform::InterfaceWindow> interface =
-        platform::InterfaceWindow::load(*controller);
-    std::vector<NSView> outlets;
-    std::vector<std::tuple<QWidget*, const char*, QVariant>> properties;
+        platform::InterfaceWindow::load(controller);
 };
-
-Program::Program() {
-    for (const auto& outlet : controller->outlets())
-        outlets.push_back(*outlet.reference);
-    for (auto* widget : window().findChildren<QWidget*>()) {
-        if (widget->property("autoExclusive").toBool())  // refuses to switch the last one off
-            properties.emplace_back(widget, "autoExclusive", false);
-        for (const char* name : {"enabled", "minimum", "maximum", "value", "text", "icon",
-                                 "tristate", "checked", "autoExclusive"})
-            if (const QVariant value = widget->property(name); value.isValid())
-                properties.emplace_back(widget, name, value);
-    }
-}
-
-void Program::begin() {
-    for (const auto& [widget, name, value] : properties) {
-        const QSignalBlocker quiet(widget);
-        widget->setProperty(name, value);
-    }
-    controller.emplace();
-    for (std::size_t i = 0; i < outlets.size(); ++i)
-        controller->outlets()[i].reference->connect(outlets[i]);
-    platform::installBackends({&usb, &capture, &log});
-    for (std::size_t count = input.below(4); count > 0; --count)
-        capture.plug();
-    meanwhile = [this] {  // behind a box nothing but the bus moves
-        QApplication::activeModalWidget() == nullptr ? step() : capture.unplug();
-    };
-    platform::startDeviceNotifications();
-    controller->viewDidLoad();
-}
-
-void Program::end() {
-    QCoreApplication::processEvents();
-    platform::stopDeviceNotifications();
-    controller->m_previewWnd.setLayer(nullptr);
-    g_captureSession.reset();
-    g_uvcCamera.reset();
-    g_length = 0;
-    attached.clear();
-}
 
 void move(QSlider& slider) {
     if (slider.isEnabled())
@@ -232,7 +204,7 @@ void show(QWidget& preview) {
 
 /// Behind its end the sanitizer watches.
 void transfer() {
-    std::vector<std::uint8_t> buffer(1 + input.below(40));
+    std::vector<std::uint8_t> buffer(1 + input.byte() % 40);
     Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.data(),
                      static_cast<std::uint32_t>(buffer.size()), input.byte() % 4U);
 }
@@ -251,7 +223,7 @@ void workByName(UVCCameraControl& camera) {
 }
 
 void Program::step() {
-    switch (input.below(10)) {
+    switch (input.byte() % 10) {
         case 0:
             return buttonSending("OnBtnOpenCamera:").click();
         case 1:
@@ -285,8 +257,8 @@ void Program::check() {
     ENUMERATE_VENDOR_VALUES(CHECK)
 #undef CHECK
     std::multiset<std::string> listed;
-    for (int i = 0; i < controller->m_cbxDevice.numberOfItems(); ++i)
-        listed.insert(controller->m_cbxDevice.itemObjectValueAtIndex(i));
+    for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
+        listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
     std::multiset<std::string> cameras;
     for (const auto& device : attached)
         if (device->video)
@@ -306,15 +278,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static char arguments[][10] = {"fuzz", "-platform", "offscreen"};
     static char* list[] = {arguments[0], arguments[1], arguments[2], nullptr};
     static const QApplication application(count, list);
-    static Program program;
     input.rest = {data, size};
-    const NextBox box(input.below(2) == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
-    program.begin();
+    const NextBox box(input.byte() % 2 == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+    Program program;
     while (!input.atEnd()) {
         program.step();
         QCoreApplication::processEvents();
         program.check();
     }
-    program.end();
     return 0;
 }
