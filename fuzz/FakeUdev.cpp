@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,10 +15,10 @@
 struct udev {};
 struct udev_monitor {};
 struct udev_list_entry {
-    udev_list_entry* next;
+    int left;
 };
 struct udev_enumerate {
-    std::deque<udev_list_entry> entries;
+    udev_list_entry found{1 + input.byte() % 4};
 };
 
 struct udev_device {
@@ -69,7 +68,8 @@ const char* udev_device_get_devnode(udev_device*) { return input.seldom() ? null
 udev_device* udev_device_get_parent(udev_device* device) { return device->ancestor(); }
 udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device, const char*, const char*) { return device->ancestor(); }
 udev_device* udev_device_new_from_syspath(udev*, const char*) { return udev_device::any(); }
-udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return entry->next; }
+udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return --entry->left > 0 ? entry : nullptr; }
+udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) { return udev_list_entry_get_next(&search->found); }
 const char* udev_list_entry_get_name(udev_list_entry*) { return "/sys/any"; }
 // clang-format on
 
@@ -77,13 +77,6 @@ dev_t udev_device_get_devnum(udev_device* /*device*/) {
     struct stat node {};
     stat("/dev/null", &node);
     return input.seldom() ? 0 : node.st_rdev;
-}
-
-udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) {
-    udev_list_entry* first = nullptr;
-    for (int count = input.byte() % 4; count > 0; --count)
-        first = &search->entries.emplace_back(udev_list_entry{first});
-    return first;
 }
 
 udev_device* udev_monitor_receive_device(udev_monitor*) {

@@ -14,26 +14,22 @@ LOG = re.compile(
 
 
 class Picture:
-    """What the preview shows: the mean of each column of the picture, and of all of it."""
-
-    COLUMNS, ROWS = 48, 6
+    """What the preview shows."""
 
     def __init__(self, desk):
         area = extents(desk.find("filler", "Preview"))
         # The picture is wider than it is high: above and below it may be bars.
         height = min(area.height, area.width * 3 // 4)
-        area.y += (area.height - height) // 2
-        area.height = height
-        rows = desk.look(area, self.COLUMNS, self.ROWS)
-        self.columns = [sum(sum(row[x]) for row in rows) / 3 / self.ROWS for x in range(self.COLUMNS)]
-        self.light = sum(self.columns) / self.COLUMNS
+        area.y, area.height = area.y + (area.height - height) // 2, height
+        pixels = desk.look(area, 48)
+        self.columns = [sum(pixel) / 3 for pixel in pixels]
+        self.light = statistics.mean(self.columns)
         self.detail = max(self.columns) - min(self.columns)
-        red, _, blue = (sum(pixel[channel] for row in rows for pixel in row) for channel in range(3))
-        self.warmth = red / (blue + 1)
+        self.warmth = sum(red for red, _, _ in pixels) / (sum(blue for _, _, blue in pixels) + 1)
 
     def is_like(self, other):
         """The colours too: on its way back a picture may be as light as it was, but pale."""
-        apart = sum(abs(a - b) for a, b in zip(self.columns, other.columns)) / self.COLUMNS
+        apart = statistics.mean(abs(a - b) for a, b in zip(self.columns, other.columns))
         return apart < 10 and abs(self.warmth - other.warmth) < 0.04
 
     def mirrors(self, other):
@@ -43,31 +39,37 @@ class Picture:
         return turned > 0.8 > 0.4 > same
 
 
+def press(desk, name):
+    desk.click(desk.find("push button", name))
+
+
+def turn_to(desk, page, slider):
+    desk.click(desk.find("page tab", page))
+    desk.until("the page is there", lambda: has(desk.find("slider", slider), "SHOWING"))
+
+
 def open_camera(desk):
     screen = extents(desk.window)
     require(screen.x + screen.width <= 1200 and screen.y + screen.height <= 760, "the window fits")
     require(Picture(desk).detail <= 8, "there is no picture before a camera is open")
-    desk.click(desk.find("push button", "Open camera"))
+    press(desk, "Open camera")
     desk.find("label", "v3 V9.2.4")
     desk.until("the picture is there", lambda: Picture(desk).detail > 30)
-    desk.click(desk.find("page tab", "Standard"))
-    desk.wait_number("Brightness", 7)
 
 
 def walk_and_speak(desk):
     """Without a mouse: Tab goes the way one reads, leaves nothing out but the radio buttons that
     are off, which the arrows reach, and everything says what it is."""
     for page, slider in (("Vendor", "Red gain"), ("Standard", "Brightness")):
-        desk.click(desk.find("page tab", page))
-        desk.until("the page is there", lambda: has(desk.find("slider", slider), "SHOWING"))
+        turn_to(desk, page, slider)
         controls = desk.controls()
         mute = [widget.get_role_name() for widget in controls if not is_named(widget)]
         require(not mute, f"all have names: {mute}")
         stops = [widget for widget in controls
                  if widget.get_role_name() != "radio button" or has(widget, "CHECKED")]
         walked = list(desk.walk(len(stops)))
-        missed = [widget.get_name() for widget in stops if widget not in walked]
-        require(not missed, f"Tab reaches {missed}, not only {[w.get_name() for w in walked]}")
+        require(not [stop for stop in stops if stop not in walked],
+                f"Tab reaches all, not only {[widget.get_name() for widget in walked]}")
         for one, other in zip(walked, walked[1:]):
             here, there = extents(one), extents(other)
             goes_on = there.y >= here.y + here.height or there.x > here.x or other == stops[0]
@@ -87,21 +89,21 @@ def drag_and_type(desk):
     desk.until("the brightness is high", lambda: desk.number("Brightness") > 150)
     desk.wait_number("Brightness", desk.number("Brightness"))
     desk.until("the picture is bright", lambda: Picture(desk).light > plain.light + 30)
-    desk.keys("Home", "Right", "Right", "Right")
+    desk.hand("key", "Home", "Right", "Right", "Right")
     desk.wait_number("Brightness", -252)
     desk.until("the picture is dark", lambda: Picture(desk).light < plain.light - 30)
-    desk.keys("End", "Left", "Left")
+    desk.hand("key", "End", "Left", "Left")
     desk.wait_number("Brightness", 253)
     # What the window shows is what the camera has.
-    desk.click(desk.find("push button", "Open camera"))
+    press(desk, "Open camera")
     desk.wait_number("Brightness", 253)
-    desk.click(desk.find("push button", "Set standard defaults"))
+    press(desk, "Set standard defaults")
     desk.wait_number("Brightness", 7)
     desk.until("the picture is as it was", lambda: Picture(desk).is_like(plain))
 
 
 def choose_and_flip(desk):
-    desk.click(desk.find("page tab", "Vendor"))
+    turn_to(desk, "Vendor", "Red gain")
     plain = Picture(desk)
     desk.choose("Red gain", "10")
     desk.wait_number("Red gain", 10)
@@ -120,7 +122,7 @@ def answer_boxes(desk):
         area = extents(switch)
         area.width = area.height  # the image without the text
         area.y, area.height = area.y + area.height // 4, area.height // 2  # nor the focus's frame
-        red, _, blue = desk.look(area, 1, 1)[0][0]
+        (red, _, blue), = desk.look(area, 1)
         return blue > red + 40
 
     def switched(answer):
@@ -140,10 +142,10 @@ def answer_boxes(desk):
 
 def restore(desk):
     flipped = Picture(desk)
-    desk.click(desk.find("push button", "Restore vendor defaults"))
+    press(desk, "Restore vendor defaults")
     desk.answer("Restore to default settings?", "Escape")
     desk.wait_number("Red gain", 10)
-    desk.click(desk.find("push button", "Restore vendor defaults"))
+    press(desk, "Restore vendor defaults")
     desk.answer("Restore to default settings?", "Return")
     desk.wait_number("Red gain", 0)
     desk.wait_checked("Flip horizontally", False)
@@ -153,8 +155,8 @@ def restore(desk):
 
 
 def leave(desk):
-    status = desk.end()
-    strange = [line for line in desk.log if not LOG.fullmatch(line)]
+    status, log = desk.end()
+    strange = [line for line in log if not LOG.fullmatch(line)]
     require(status == 0 and not strange, f"the program ends well, not with {status}: {''.join(strange)}")
 
 
