@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <set>
-#include <utility>
 
 #include "fuzz/Input.h"
 #include "platform/MainLoop.h"
@@ -41,7 +40,9 @@ void sendAnyRequest() {
     std::vector<std::uint8_t> data(input.byte() % 12);
     input.fill(data);
     IOUSBDevRequest request;
-    request.bRequest = input.byte() % 2 == 0 ? UVC_SET_CUR : 0x80 + input.byte() % 9;
+    request.bRequest = static_cast<std::uint8_t>(input.byte() % 9 + 0x80);
+    if (request.bRequest == 0x80)
+        request.bRequest = UVC_SET_CUR;
     request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
     request.wValue = static_cast<std::uint16_t>(input.byte() % 20 << 8U);
     request.wIndex = static_cast<std::uint16_t>(input.byte() % 5 << 8U);
@@ -55,28 +56,32 @@ void sendAnyRequest() {
     require(card.size() <= sizeof(v4l2_capability::card), "a name ends with its field");
 }
 
+using Devices = std::set<std::shared_ptr<platform::CaptureDevice>>;
+
 /// Keeps a list of its own.
 struct Listener : platform::CaptureListener {
     void arrived(std::shared_ptr<platform::CaptureDevice> device) override {
-        require(known.insert(std::move(device)).second, "a device arrives once");
+        require(known.insert(device).second, "a device arrives once");
+        require(listed() == known, "what has arrived is listed");
     }
     void left(std::shared_ptr<platform::CaptureDevice> device) override {
         require(known.erase(device) == 1, "what leaves was there");
+        require(listed() == known, "what has left is not listed");
     }
-    std::set<std::shared_ptr<platform::CaptureDevice>> known;
+    Devices listed() {
+        const auto devices = capture.devices();
+        return {devices.begin(), devices.end()};
+    }
+    platform::LinuxCapture capture;
+    Devices known = listed();
 };
 
 void followDevices() {
     Listener listener;
-    platform::LinuxCapture capture;
-    capture.setListener(&listener);
-    const auto first = capture.devices();
-    listener.known = {first.begin(), first.end()};
+    listener.capture.setListener(&listener);
     while (!input.atEnd() && descriptorReady)
         descriptorReady();
-    const auto now = capture.devices();
-    require(std::set(now.begin(), now.end()) == listener.known, "the list is what was told");
-    for (const auto& device : now) {
+    for (const auto& device : listener.known) {
         std::string error;
         require(!device->uniqueID().empty(), "a device has an identifier");
         require(device->open(error) || !error.empty(), "it opens or says why not");

@@ -3,7 +3,6 @@ keyboard of the X display, and looks at them and at the screen."""
 
 import contextlib
 import subprocess
-import sys
 import tempfile
 import time
 
@@ -16,13 +15,6 @@ WORKED = ("combo box", "push button", "check box", "radio button", "slider", "pa
 SECONDS = 10  # until what must happen counts as not happening
 
 
-def require(holds, what):
-    """Ends the journey as failed unless the condition holds."""
-    if not holds:
-        subprocess.run(["import", "-silent", "-window", "root", "journey-failure.png"], check=False)
-        sys.exit(f"FAILED: {what}")
-
-
 class Desk:
     def __init__(self, program):
         Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
@@ -30,13 +22,11 @@ class Desk:
         self._listener = Atspi.EventListener.new(lambda _: None)
         for event in ("object", "window", "focus"):
             self._listener.register(event)
-        self._known = {}
         self._log = tempfile.TemporaryFile("w+")
-        self._hands = subprocess.Popen(["xdotool", "-"], stdin=subprocess.PIPE, text=True)
         self._process = subprocess.Popen([program], stderr=self._log)
-        self.window = self.until("the window is active", self._active_window)
+        self.window = self.until(self._active_window)
 
-    def until(self, what, condition):
+    def until(self, condition):
         """Returns the first value of `condition` that counts as true. The pixels of the screen
         tell nobody when they change, so it is looked at again after a while in any case."""
         deadline = time.monotonic() + SECONDS
@@ -50,7 +40,7 @@ class Desk:
                 GLib.MainContext.default().iteration(True)
         finally:
             GLib.source_remove(pulse)
-        return require(False, f"not within {SECONDS} seconds: {what}")
+        raise TimeoutError
 
     def _active_window(self):
         return next((window for window in self._windows() if has(window, "ACTIVE")), None)
@@ -60,17 +50,10 @@ class Desk:
                 if program.get_process_id() == self._process.pid for window in children(program)]
 
     def find(self, role, name):
-        """Returns the one widget of this kind and name. All but texts keep their names and stay
-        where they are, so they are looked for once."""
-
-        def search():
-            found = [widget for window in self._windows() for widget in descendants(window)
-                     if widget.get_role_name() == role and widget.get_name() == name]
-            return found[0] if len(found) == 1 else None
-
-        if role == "label" or (role, name) not in self._known:
-            self._known[role, name] = self.until(f"there is one {role} “{name}”", search)
-        return self._known[role, name]
+        """Returns the widget of this kind and name, and waits for it."""
+        return self.until(lambda: next(
+            (widget for window in self._windows() for widget in descendants(window)
+             if widget.get_role_name() == role and widget.get_name() == name), None))
 
     def controls(self):
         """The widgets that can be worked now, in the order of the window."""
@@ -78,67 +61,54 @@ class Desk:
                 if widget.get_role_name() in WORKED
                 and all(has(widget, state) for state in ("FOCUSABLE", "SHOWING", "ENABLED"))]
 
-    def walk(self, count):
+    def walk(self, controls, count):
         """Goes on by Tab so many times, and yields the widget that has the focus then."""
-        controls = self.controls()
         focused = next((widget for widget in controls if has(widget, "FOCUSED")), None)
         for _ in range(count):
             self.hand("key", "Tab")
-            focused = self.until("the focus moves", lambda: next(
+            focused = self.until(lambda: next(
                 (widget for widget in controls if widget != focused and has(widget, "FOCUSED")),
                 None))
             yield focused
 
-    def number(self, name):
-        return int(self.find("slider", name).get_value_iface().get_current_value())
-
     def wait_number(self, name, number):
         """Waits until the slider shows the number, and the text or list beside it too."""
-        self.until(f"“{name}” is {number}", lambda: self.number(name) == number
-                   and str(number) in [widget.get_name() for widget in self._beside(name)])
-
-    def _beside(self, name):
-        """The widgets in a slider's row: a text or a list, which have no names of their own."""
         slider = self.find("slider", name)
-        area = extents(slider)
-        return [widget for widget in children(slider.get_parent())
-                if area.y <= middle(extents(widget))[1] <= area.y + area.height]
+        self.until(lambda: slider.get_value_iface().get_current_value() == number
+                   and str(number) in [widget.get_name() for widget in beside(slider)])
+
+    def wait_checked(self, name, wanted=True):
+        box = self.find("check box", name)
+        self.until(lambda: has(box, "CHECKED") == wanted)
 
     def choose(self, name, item):
         """Picks an item in the list beside a slider."""
-        box = next(widget for widget in self._beside(name) if widget.get_role_name() == "combo box")
+        box = next(widget for widget in beside(self.find("slider", name))
+                   if widget.get_role_name() == "combo box")
         self.click(box)
         choices = children(box)[0]
-        self.until("the list is open", lambda: has(choices, "SHOWING"))
+        self.until(lambda: has(choices, "SHOWING"))
         self.click(next(choice for choice in children(choices) if choice.get_name() == item))
 
     def answer(self, question, key):
         """Answers a box by a key, and waits until it is gone."""
         self.find("label", question)
-        self.until("the box is active", lambda: self._active_window() != self.window)
+        self.until(lambda: self._active_window() != self.window)
         self.hand("key", key)
-        self.until("the box is gone", lambda: self._active_window() == self.window)
-
-    def wait_checked(self, name, wanted=True):
-        box = self.find("check box", name)
-        self.until(f"“{name}” is {wanted}", lambda: has(box, "CHECKED") == wanted)
+        self.until(lambda: self._active_window() == self.window)
 
     def click(self, widget):
-        self.hand("mousemove", *middle(extents(widget)), "click", 1)
+        self.hand("mousemove", *middle(widget), "click", 1)
 
-    def drag(self, name, fraction):
-        """Drags a slider's handle to this part of the slider's length."""
-        slider = self.find("slider", name)
-        value, area = slider.get_value_iface(), extents(slider)
-        low, high = value.get_minimum_value(), value.get_maximum_value()
-        handle = 14  # the middle of it stays this far within the slider's ends, both together
-        start, end = (area.x + handle // 2 + round((area.width - handle) * place)
-                      for place in ((value.get_current_value() - low) / (high - low), fraction))
-        y = middle(area)[1]
-        self.hand("mousemove", start, y, "mousedown", 1, "mousemove", end, y, "mouseup", 1)
+    def drag(self, slider, fraction):
+        """Drags a slider's handle from the middle to this part of the slider's length."""
+        x, y = middle(slider)
+        there = extents(slider).x + extents(slider).width * fraction
+        self.hand("mousemove", x, y, "mousedown", 1, "mousemove", int(there), y, "mouseup", 1)
 
-    def hand(self, *words):
-        print(*words, file=self._hands.stdin, flush=True)
+    @staticmethod
+    def hand(*words):
+        subprocess.run(["xdotool", *map(str, words)], check=True)
 
     @staticmethod
     def look(area, columns):
@@ -158,8 +128,7 @@ class Desk:
         return status, self._log.readlines()
 
     def abandon(self):
-        for process in (self._process, self._hands):
-            process.kill()
+        self._process.kill()
 
 
 def children(widget):
@@ -174,18 +143,24 @@ def descendants(widget):
             yield from descendants(child)
 
 
+def beside(slider):
+    """The widgets in a slider's row: a text or a list, which have no names of their own."""
+    area = extents(slider)
+    return [widget for widget in children(slider.get_parent())
+            if area.y <= middle(widget)[1] <= area.y + area.height]
+
+
 def is_named(widget):
     """A list's name is what is chosen; what it is called tells the label that it relates to."""
-    labels = [relation.get_target(0).get_name() for relation in widget.get_relation_set()
-              if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY]
-    return any(labels) if widget.get_role_name() == "combo box" else bool(widget.get_name())
+    return widget.get_relation_set() if widget.get_role_name() == "combo box" else widget.get_name()
 
 
 def extents(widget):
     return widget.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
 
 
-def middle(area):
+def middle(widget):
+    area = extents(widget)
     return area.x + area.width // 2, area.y + area.height // 2
 
 
