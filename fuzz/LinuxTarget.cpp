@@ -39,13 +39,7 @@ struct FuzzNode : platform::Ioctl {
 void sendAnyRequest() {
     std::vector<std::uint8_t> data(input.byte() % 12);
     input.fill(data);
-    IOUSBDevRequest request;
-    request.bRequest = static_cast<std::uint8_t>(input.byte() % 9 + 0x80);
-    if (request.bRequest == 0x80)
-        request.bRequest = UVC_SET_CUR;
-    request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
-    request.wValue = static_cast<std::uint16_t>(input.byte() % 20 << 8U);
-    request.wIndex = static_cast<std::uint16_t>(input.byte() % 5 << 8U);
+    auto request = input.number<IOUSBDevRequest>();
     request.wLength = static_cast<std::uint16_t>(data.size());
     request.pData = input.seldom() ? nullptr : data.data();
     FuzzNode node;

@@ -32,31 +32,6 @@ IOReturn anyStatus() {
     return input.seldom() ? input.oneOf(failures) : 0;
 }
 
-struct FuzzInterface : platform::UsbInterface {
-    IOReturn createPlugIn() override { return anyStatus(); }
-    IOReturn queryInterface() override { return anyStatus(); }
-    IOReturn open() override { return anyStatus(); }
-    IOReturn close() override { return 0; }
-    Descriptor descriptor() const override {
-        return input.seldom() ? Descriptor{input.byte(), input.byte()} : Descriptor{14, 1};
-    }
-    IOReturn controlRequest(IOUSBDevRequest& request) override {
-        static constexpr std::size_t lengths[] = {0xFFFF, 0xFFFF, 2, 1, 0};
-        const std::size_t count = std::min<std::size_t>(request.wLength, input.oneOf(lengths));
-        const std::span data(static_cast<std::uint8_t*>(request.pData), count);
-        if ((request.bmRequestType & 0x80U) != 0)
-            input.fill(data);
-        else  // each byte is there to be read
-            sent.assign(data.begin(), data.end());
-        const unsigned manner = input.byte();
-        request.wLenDone = static_cast<std::uint32_t>(manner % 8 == 1 ? ~0U : count);
-        if (manner % 8 == 2)
-            platform::postToMainThread([] { meanwhile(); });
-        return manner % 8 == 3 ? EPIPE : 0;
-    }
-    std::vector<std::uint8_t> sent;
-};
-
 /// Sends no pictures: those are not the camera's own, but the decoder's.
 struct FuzzSource : platform::VideoSource {
     void start(const platform::VideoLimits& /*limits*/, platform::VideoSink& sink) override {
@@ -66,8 +41,11 @@ struct FuzzSource : platform::VideoSource {
     void stop() override {}
 };
 
-/// What a device says of itself when it comes stays.
-struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
+/// A device with all that it has. What it says of itself when it comes stays.
+struct FuzzDevice : platform::UsbDevice,
+                    platform::UsbInterface,
+                    platform::CaptureDevice,
+                    std::enable_shared_from_this<FuzzDevice> {
     IOReturn createPlugIn() override { return anyStatus(); }
     IOReturn queryInterface() override { return anyStatus(); }
     std::uint16_t vendorID() const override { return 0xAB; }
@@ -77,33 +55,51 @@ struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
     std::string localizedName() const override { return name; }
     bool hasVideo() const override { return video; }
     IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
-        for (int i = input.byte() % 3; i < 2; ++i)
-            found.push_back(std::make_shared<FuzzInterface>());
+        found.resize(2 - input.byte() % 3U, shared_from_this());
         return anyStatus();
+    }
+    Descriptor descriptor() const override {
+        return input.seldom() ? Descriptor{input.byte(), input.byte()} : Descriptor{14, 1};
+    }
+    IOReturn open() override { return anyStatus(); }
+    IOReturn close() override { return 0; }
+    IOReturn controlRequest(IOUSBDevRequest& request) override {
+        static constexpr std::size_t lengths[] = {0xFFFF, 0xFFFF, 2, 1, 0};
+        const std::size_t count = std::min<std::size_t>(request.wLength, input.oneOf(lengths));
+        const std::span data(static_cast<std::uint8_t*>(request.pData), count);
+        if ((request.bmRequestType & 0x80U) != 0)
+            input.fill(data);
+        else  // each byte is there to be read
+            sent.assign(data.begin(), data.end());
+        const unsigned manner = input.byte() % 8;
+        request.wLenDone = static_cast<std::uint32_t>(manner == 1 ? ~0U : count);
+        if (manner == 2)
+            platform::postToMainThread([] { meanwhile(); });
+        return manner == 3 ? EPIPE : 0;
     }
     std::unique_ptr<platform::VideoSource> open(std::string& error) override {
         if (input.seldom())
             return error = input.text(), nullptr;
         return std::make_unique<FuzzSource>();
     }
+
     std::uint8_t product = input.byte() % 10;
     std::string identifier = input.seldom() ? input.text() : "00ab000" + std::to_string(product);
     std::string name = input.text();
     bool video = !input.seldom();
+    std::vector<std::uint8_t> sent;
 };
 
 std::vector<std::shared_ptr<FuzzDevice>> attached;
 
-struct UsbSide : platform::UsbBackend {
-    std::vector<std::shared_ptr<platform::UsbDevice>> devices() override {
+template <class Backend, class Device>
+struct Bus : Backend {
+    std::vector<std::shared_ptr<Device>> devices() override {
         return {attached.begin(), attached.end()};
     }
 };
 
-struct CaptureSide : platform::CaptureBackend {
-    std::vector<std::shared_ptr<platform::CaptureDevice>> devices() override {
-        return {attached.begin(), attached.end()};
-    }
+struct CaptureSide : Bus<platform::CaptureBackend, platform::CaptureDevice> {
     void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
     void plug() {
         attached.push_back(std::make_shared<FuzzDevice>());
@@ -164,7 +160,7 @@ struct Program : WindowHands {
     void check();
 
     CheckedLog log;
-    UsbSide usb;
+    Bus<platform::UsbBackend, platform::UsbDevice> usb;
     CaptureSide capture;
     ViewController controller;
     std::unique_ptr<platform::InterfaceWindow> interface =
@@ -235,10 +231,9 @@ void Program::check() {
     require(shown(#list) == shown(#slider), "a list shows its slider's number");
     ENUMERATE_VENDOR_VALUES(CHECK)
 #undef CHECK
-    std::multiset<std::string> listed;
+    std::multiset<std::string> listed, cameras;
     for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
         listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
-    std::multiset<std::string> cameras;
     for (const auto& device : attached)
         if (device->video)
             cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));

@@ -1,7 +1,9 @@
 """A person at the desk: finds widgets by what they are called, works them with the mouse and the
 keyboard of the X display, and looks at them and at the screen."""
 
+import atexit
 import contextlib
+import functools
 import subprocess
 import tempfile
 import time
@@ -24,6 +26,7 @@ class Desk:
             self._listener.register(event)
         self._log = tempfile.TemporaryFile("w+")
         self._process = subprocess.Popen([program], stderr=self._log)
+        atexit.register(self._process.kill)
         self.window = self.until(self._active_window)
 
     def until(self, condition):
@@ -40,6 +43,7 @@ class Desk:
                 GLib.MainContext.default().iteration(True)
         finally:
             GLib.source_remove(pulse)
+        subprocess.run(["import", "-silent", "-window", "root", "journey-failure.png"], check=False)
         raise TimeoutError
 
     def _active_window(self):
@@ -49,6 +53,7 @@ class Desk:
         return [window for program in children(Atspi.get_desktop(0))
                 if program.get_process_id() == self._process.pid for window in children(program)]
 
+    @functools.cache  # the widgets stay
     def find(self, role, name):
         """Returns the widget of this kind and name, and waits for it."""
         return self.until(lambda: next(
@@ -60,16 +65,6 @@ class Desk:
         return [widget for widget in descendants(self.window)
                 if widget.get_role_name() in WORKED
                 and all(has(widget, state) for state in ("FOCUSABLE", "SHOWING", "ENABLED"))]
-
-    def walk(self, controls, count):
-        """Goes on by Tab so many times, and yields the widget that has the focus then."""
-        focused = next((widget for widget in controls if has(widget, "FOCUSED")), None)
-        for _ in range(count):
-            self.hand("key", "Tab")
-            focused = self.until(lambda: next(
-                (widget for widget in controls if widget != focused and has(widget, "FOCUSED")),
-                None))
-            yield focused
 
     def wait_number(self, name, number):
         """Waits until the slider shows the number, and the text or list beside it too."""
@@ -126,9 +121,6 @@ class Desk:
         status = self._process.wait(SECONDS)
         self._log.seek(0)
         return status, self._log.readlines()
-
-    def abandon(self):
-        self._process.kill()
 
 
 def children(widget):
