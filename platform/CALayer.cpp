@@ -51,13 +51,14 @@ std::string CALayer::description() const {
     return fmt::format("<{}: {}>", className(), fmt::ptr(this));
 }
 
-void CALayer::setDisplayHandler(std::function<void()> handler) {
+void CALayer::setDisplayHandler(std::function<void(const CALayer&)> handler) {
     displayHandler_ = std::move(handler);
 }
 
 void CALayer::setNeedsDisplay() {
-    if (superlayer_ != nullptr)
-        superlayer_->setNeedsDisplay();
-    else if (displayHandler_)
-        displayHandler_();
+    const CALayer* base = this;
+    while (base->superlayer_ != nullptr)
+        base = base->superlayer_;
+    if (base->displayHandler_)
+        base->displayHandler_(*this);
 }

@@ -48,9 +48,9 @@ class CALayer {
     /// The text by which a log tells this layer from others.
     std::string description() const;
 
-    /// The view that hosts this layer gives what is to be called when the layer, or one below it,
-    /// has changed; empty when the view lets it go.
-    void setDisplayHandler(std::function<void()> handler);
+    /// The view that hosts this layer gives what is to be called with the layer that has changed,
+    /// this one or one below it; empty when the view lets it go.
+    void setDisplayHandler(std::function<void(const CALayer& changed)> handler);
 
     /// Says that the layer has changed and wants to be drawn again.
     void setNeedsDisplay();
@@ -67,5 +67,5 @@ class CALayer {
     std::optional<CGColor> backgroundColor_;
     NSRect frame_;
     unsigned autoresizingMask_ = 0;
-    std::function<void()> displayHandler_;
+    std::function<void(const CALayer&)> displayHandler_;
 };

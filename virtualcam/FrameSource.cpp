@@ -26,6 +26,14 @@ PictureSize sizeWithin(const platform::VideoLimits& limits) {
     return size == kSizes.end() ? kSizes.back() : *size;
 }
 
+void writeRows(const Pixels& pixels, PictureSize size, std::byte* target, int bytesPerLine) {
+    constexpr std::uint32_t opaque = 0xFF000000;
+    const auto* from = pixels.data();
+    for (int y = 0; y < size.height; ++y, from += size.width, target += bytesPerLine)
+        std::transform(from, from + size.width, reinterpret_cast<std::uint32_t*>(target),
+                       [](std::uint32_t pixel) { return pixel | opaque; });
+}
+
 }  // namespace
 
 /// A few buffers that travel to the sink and come back when it lets go of them.
@@ -103,8 +111,9 @@ void FrameSource::deliver(const std::stop_token& stop, PictureSize size,
         // Like a sensor, the scene goes on while the host is too slow to take a picture.
         if (const auto pixels = pool->take()) {
             generator->generate(state, index, *pixels);
-            sink.frame({size.width, size.height, size.width * std::ptrdiff_t{4},
-                        reinterpret_cast<const std::byte*>(pixels->data()), pixels});
+            sink.frame({size.width, size.height, [size, pixels](std::byte* target, int line) {
+                            writeRows(*pixels, size, target, line);
+                        }});
         }
         next = std::max(next + kInterval, Clock::now() - kInterval);
     }

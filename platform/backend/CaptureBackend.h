@@ -1,19 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace platform {
 
-/// One picture: rows of 32-bit pixels, each a little-endian 0x00RRGGBB. Immutable once handed on.
+/// One picture, which never changes.
 struct VideoFrame {
     int width = 0;   ///< pixels
     int height = 0;  ///< pixels
-    std::ptrdiff_t bytesPerLine = 0;
-    const std::byte* pixels = nullptr;  ///< the first row; lives as long as `owner`
-    std::shared_ptr<const void> owner;  ///< keeps the memory at `pixels`
+
+    /// Writes the picture as rows of 32-bit pixels, each 0xFFRRGGBB, into memory that is laid out
+    /// for them; a row starts every `bytesPerLine` bytes. Only here is a camera's picture
+    /// converted, so one that is never shown costs nothing. On any thread, any number of times.
+    std::function<void(std::byte* pixels, int bytesPerLine)> write;
 };
 
 /// Takes what a video source delivers. Called on the source's own thread.

@@ -9,6 +9,7 @@ namespace platform {
 
 /// Gives back what GStreamer counts references to.
 struct GstRelease {
+    void operator()(GstBuffer* buffer) const { gst_buffer_unref(buffer); }
     void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
     void operator()(GstStructure* structure) const { gst_structure_free(structure); }
@@ -16,6 +17,7 @@ struct GstRelease {
     void operator()(gpointer object) const { gst_object_unref(object); }
 };
 
+using GstBufferPtr = std::unique_ptr<GstBuffer, GstRelease>;
 using GstCapsPtr = std::unique_ptr<GstCaps, GstRelease>;
 using GstSamplePtr = std::unique_ptr<GstSample, GstRelease>;
 using GstStructurePtr = std::unique_ptr<GstStructure, GstRelease>;

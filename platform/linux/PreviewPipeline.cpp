@@ -11,45 +11,11 @@
 #include "platform/linux/ClosingPreviews.h"
 #include "platform/linux/PreviewLink.h"
 #include "platform/linux/PreviewMode.h"
+#include "platform/linux/PreviewPicture.h"
 #include "platform/linux/VideoNode.h"
 
 namespace platform {
 namespace {
-
-/// A picture that is mapped for reading for as long as anyone shows it.
-class MappedSample {
-  public:
-    explicit MappedSample(GstSamplePtr sample) : sample_(std::move(sample)) {
-        GstVideoInfo info;
-        const GstCaps* caps = gst_sample_get_caps(sample_.get());
-        GstBuffer* buffer = gst_sample_get_buffer(sample_.get());
-        mapped_ = caps != nullptr && buffer != nullptr && gst_video_info_from_caps(&info, caps) &&
-                  gst_video_frame_map(&frame_, &info, buffer, GST_MAP_READ);
-    }
-    MappedSample(const MappedSample&) = delete;
-    MappedSample& operator=(const MappedSample&) = delete;
-    ~MappedSample() {
-        if (mapped_)
-            gst_video_frame_unmap(&frame_);
-    }
-
-    bool isMapped() const { return mapped_; }
-
-    /// Describes the picture, without its owner.
-    VideoFrame picture() const {
-        VideoFrame picture;
-        picture.width = GST_VIDEO_FRAME_WIDTH(&frame_);
-        picture.height = GST_VIDEO_FRAME_HEIGHT(&frame_);
-        picture.bytesPerLine = GST_VIDEO_FRAME_PLANE_STRIDE(&frame_, 0);
-        picture.pixels = static_cast<const std::byte*>(GST_VIDEO_FRAME_PLANE_DATA(&frame_, 0));
-        return picture;
-    }
-
-  private:
-    GstSamplePtr sample_;
-    GstVideoFrame frame_{};
-    bool mapped_ = false;
-};
 
 /// Leaves a picture out that arrived damaged: not every decoder hands the mark on.
 GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /*unused*/) {
@@ -66,12 +32,8 @@ GstFlowReturn takeSample(GstAppSink* from, gpointer link) {
     const GstBuffer* buffer = gst_sample_get_buffer(sample.get());
     if (buffer == nullptr || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED))
         return GST_FLOW_OK;
-    const auto mapped = std::make_shared<MappedSample>(std::move(sample));
-    if (mapped->isMapped()) {
-        VideoFrame picture = mapped->picture();
-        picture.owner = mapped;
+    if (VideoFrame picture = makePicture(std::move(sample)); picture.write)
         static_cast<PreviewLink*>(link)->deliver(std::move(picture));
-    }
     return GST_FLOW_OK;
 }
 
@@ -142,7 +104,7 @@ class Pipeline {
         if (mode.kind->picturesStandAlone)
             gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, nullptr, nullptr);
         if (!link_.isCut() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
-            append("videoconvertscale") && appendSink(limits))
+            appendConverter() && appendSink(limits))
             enter(GST_STATE_PLAYING);
     }
 
@@ -193,16 +155,23 @@ class Pipeline {
         return append(decoder, fmt::format("a decoder for {}", kind.mediaType).c_str()) != nullptr;
     }
 
+    /// The colours between two samples of a camera's picture aren't interpolated, nor is anything
+    /// dithered: nobody sees it at this size, and it takes half of the work.
+    bool appendConverter() {
+        GstElement* converter = append("videoconvertscale");
+        if (converter != nullptr)
+            g_object_set(converter, "chroma-mode", GST_VIDEO_CHROMA_MODE_NONE, "dither",
+                         GST_VIDEO_DITHER_NONE, nullptr);
+        return converter != nullptr;
+    }
+
     bool appendSink(const VideoLimits& limits) {
-        const GstCapsPtr shown(gst_caps_new_simple(
-            "video/x-raw", "format", G_TYPE_STRING, "BGRx", "pixel-aspect-ratio", GST_TYPE_FRACTION,
-            1, 1, "width", GST_TYPE_INT_RANGE, 1, limits.width, "height", GST_TYPE_INT_RANGE, 1,
-            limits.height, nullptr));
+        const GstCapsPtr readable = readablePictures(limits);
         GstElement* sink = append("appsink");
         if (sink == nullptr)
             return false;
         // The latest picture counts, as soon as it is there.
-        g_object_set(sink, "caps", shown.get(), "max-buffers", 1U, "drop", TRUE, "sync", FALSE,
+        g_object_set(sink, "caps", readable.get(), "max-buffers", 1U, "drop", TRUE, "sync", FALSE,
                      "enable-last-sample", FALSE, nullptr);
         GstAppSinkCallbacks callbacks{};
         callbacks.new_sample = takeSample;

@@ -1,9 +1,14 @@
 #include "platform/qt/ImageView.h"
 
 #include <QImage>
+#include <QPaintEngine>
+#include <QPaintEvent>
 #include <QPainter>
-#include <QPointer>
+#include <QRegion>
 #include <QVBoxLayout>
+#include <optional>
+#include <ranges>
+#include <utility>
 
 #include "platform/CALayer.h"
 #include "platform/backend/CaptureBackend.h"
@@ -12,31 +17,94 @@ namespace platform {
 
 namespace {
 
-/// Draws `frame` as large as it fits into `area`, in its middle.
-void drawFrame(QPainter& painter, const VideoFrame& frame, const QRectF& area) {
-    const QImage image(reinterpret_cast<const uchar*>(frame.pixels), frame.width, frame.height,
-                       frame.bytesPerLine, QImage::Format_RGB32);
-    QRectF target(QPointF(), QSizeF(image.size()).scaled(area.size(), Qt::KeepAspectRatio));
-    target.moveCenter(area.center());
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(target, image);
+/// The place of a picture in `area`: its middle, as large as fits. In whole pixels, so that a
+/// picture of just that size is copied and not scaled.
+QRect placeFor(const VideoFrame& frame, const QRect& area) {
+    QRect place(QPoint(),
+                QSize(frame.width, frame.height).scaled(area.size(), Qt::KeepAspectRatio));
+    place.moveCenter(area.center());
+    return place;
 }
 
-void drawLayer(QPainter& painter, const CALayer& layer) {
+/// The memory of the window behind `painter` where `place` is, if a picture of that size can be
+/// written there as it is.
+std::optional<QImage> memoryAt(const QPainter& painter, const QRect& place) {
+    auto* device = painter.paintEngine()->paintDevice();
+    const QTransform& transform = painter.deviceTransform();
+    if (device->devType() != QInternal::Image || transform.type() > QTransform::TxTranslate)
+        return std::nullopt;
+    auto& image = *static_cast<QImage*>(device);
+    const QRect there = transform.mapRect(place);
+    const bool fits = image.format() == QImage::Format_RGB32 ||
+                      image.format() == QImage::Format_ARGB32_Premultiplied;
+    if (!fits || !image.rect().contains(there))
+        return std::nullopt;
+    uchar* first = image.scanLine(there.y()) + std::ptrdiff_t{4} * there.x();
+    return QImage(first, there.width(), there.height(), image.bytesPerLine(), image.format());
+}
+
+/// Draws a picture into `place`, within `open`.
+void drawFrame(QPainter& painter, const VideoFrame& frame, const QRect& place,
+               const QRegion& open) {
+    const auto write = [&](QImage& image) {
+        frame.write(reinterpret_cast<std::byte*>(image.bits()),
+                    static_cast<int>(image.bytesPerLine()));
+    };
+    const QSize size(frame.width, frame.height);
+    const bool isAllOpen = QRegion(place).subtracted(open).isEmpty();
+    if (auto memory = memoryAt(painter, place); memory && place.size() == size && isAllOpen)
+        return write(*memory);
+    QImage image(size, QImage::Format_RGB32);
+    write(image);
+    painter.setClipRegion(open);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(place, image);
+    painter.setClipping(false);
+}
+
+/// The rectangle of a layer whose superlayer starts at `origin`.
+QRect areaOf(const CALayer& layer, QPoint origin) {
     const NSRect& frame = layer.frame();
-    const QRectF area(0, 0, frame.width, frame.height);
-    painter.save();
-    painter.translate(frame.x, frame.y);
-    if (const auto& color = layer.backgroundColor())
-        painter.fillRect(
-            area,
-            QColor::fromRgbF(static_cast<float>(color->red), static_cast<float>(color->green),
-                             static_cast<float>(color->blue), static_cast<float>(color->alpha)));
-    if (const auto contents = layer.contents())
-        drawFrame(painter, *contents, area);
-    for (const auto& sublayer : layer.sublayers())
-        drawLayer(painter, *sublayer);
-    painter.restore();
+    return QRectF(frame.x, frame.y, frame.width, frame.height).toRect().translated(origin);
+}
+
+/// Where the topmost picture is of a layer and those above it; empty when there is none.
+QRect pictureIn(const CALayer& layer, QPoint origin) {
+    const QRect area = areaOf(layer, origin);
+    for (const auto& sublayer : layer.sublayers() | std::views::reverse)
+        if (const QRect picture = pictureIn(*sublayer, area.topLeft()); !picture.isEmpty())
+            return picture;
+    const auto contents = layer.contents();
+    return contents ? placeFor(*contents, area) : QRect();
+}
+
+QColor colorOf(const CGColor& color) {
+    return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                            static_cast<float>(color.blue));
+}
+
+void fill(QPainter& painter, const QRegion& region, const QColor& color) {
+    for (const QRect& part : region)
+        painter.fillRect(part, color);
+}
+
+/// Draws a layer, whose superlayer starts at `origin`, and what is above it into `open`; returns
+/// what is open still. The topmost comes first and nothing is drawn twice, as each picture of a
+/// camera comes through here. Pictures and colours cover what is below them.
+QRegion drawLayer(QPainter& painter, const CALayer& layer, QPoint origin, QRegion open) {
+    const QRect area = areaOf(layer, origin);
+    for (const auto& sublayer : layer.sublayers() | std::views::reverse)
+        open = drawLayer(painter, *sublayer, area.topLeft(), std::move(open));
+    if (const auto contents = layer.contents()) {
+        const QRect place = placeFor(*contents, area);
+        drawFrame(painter, *contents, place, open);
+        open -= place;
+    }
+    if (const auto& color = layer.backgroundColor()) {
+        fill(painter, open & area, colorOf(*color));
+        open -= area;
+    }
+    return open;
 }
 
 }  // namespace
@@ -47,8 +115,7 @@ ImageView::ImageView(QWidget* parent)
     hint_->setWordWrap(true);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(hint_);
-    setBackgroundRole(QPalette::Midlight);
-    setAutoFillBackground(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 ImageView::~ImageView() {
@@ -62,22 +129,29 @@ void ImageView::setLayer(const std::shared_ptr<CALayer>& layer) {
     layer_ = layer;
     hint_->setVisible(!layer_);
     if (layer_) {
-        layer_->setDisplayHandler([this] { update(); });
+        layer_->setDisplayHandler([this](const CALayer& changed) { showChange(changed); });
         fitLayer();
     }
     update();
 }
 
-void ImageView::paintEvent(QPaintEvent* /*event*/) {
-    if (!layer_)
-        return;
+void ImageView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    drawLayer(painter, *layer_);
+    QRegion open = event->region();
+    if (layer_)
+        open = drawLayer(painter, *layer_, QPoint(), std::move(open));
+    fill(painter, open, palette().color(QPalette::Midlight));
 }
 
 void ImageView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     fitLayer();
+}
+
+void ImageView::showChange(const CALayer& changed) {
+    const QRect before = std::exchange(picture_, pictureIn(*layer_, QPoint()));
+    // Around a picture in the place of the one before it nothing has changed.
+    update(changed.contents() && picture_ == before ? picture_ : rect());
 }
 
 void ImageView::fitLayer() {

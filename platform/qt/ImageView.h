@@ -19,14 +19,19 @@ class ImageView : public QWidget {
     void setLayer(const std::shared_ptr<CALayer>& layer);
     const std::shared_ptr<CALayer>& layer() const { return layer_; }
 
+    /// The size of a camera's picture as it comes, each of its pixels to be seen.
+    QSize sizeHint() const override { return {640, 480}; }
+
   protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
   private:
     void fitLayer();
+    void showChange(const CALayer& changed);
 
     std::shared_ptr<CALayer> layer_;
+    QRect picture_;  // where the latest picture is
     QLabel* hint_;
 };
 

@@ -89,6 +89,8 @@ InterfaceWindow::InterfaceWindow(NSViewController& controller, std::unique_ptr<Q
     : controller_(controller),
       window_(std::move(window)),
       actions_(std::make_unique<Actions>(controller, *window_)) {
+    // As wide as the preview needs for the pixels of a picture, one by one.
+    window_->resize(window_->sizeHint().width(), window_->height());
     guardWheel(*window_);
     nameLists(*window_);
     connectOutlets();

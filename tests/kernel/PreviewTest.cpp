@@ -2,6 +2,7 @@
 
 #include "tests/kernel/FrameCatcher.h"
 #include "tests/kernel/KernelBench.h"
+#include "tests/support/Pixels.h"
 #include "virtualcam/DemoBus.h"
 
 namespace {
@@ -22,8 +23,9 @@ class Preview : public testing::Test {
     /// Whether the latest picture is brighter at the right edge than at the left one.
     bool isBrightAtTheRight() const {
         const platform::VideoFrame& frame = catcher.state().latest;
-        const std::byte* row = frame.pixels + frame.height / 2 * frame.bytesPerLine;
-        return row[std::ptrdiff_t{4} * (frame.width - 9)] > row[32];
+        const auto pixels = pixelsOf(frame);
+        const auto row = pixels.begin() + frame.height / 2 * frame.width;
+        return (row[frame.width - 9] & 0xFFU) > (row[8] & 0xFFU);
     }
 
     KernelBench bench;

@@ -27,13 +27,11 @@ class FakeNode : public Ioctl {
     std::vector<std::uint8_t> vendorValue{'v', '1'};  // of every selector of unit 16
     v4l2_capability capability{};
     int error = 0;
-    unsigned calls = 0;
 
     int call(unsigned long request, void* argument) override {
         interrupted_ = !interrupted_;
         if (interrupted_ || error != 0)
             return interrupted_ ? EINTR : error;
-        ++calls;
         if (request == UVCIOC_CTRL_QUERY)
             return query(*static_cast<uvc_xu_control_query*>(argument));
         if (request == VIDIOC_QUERYMENU) {
@@ -51,6 +49,7 @@ class FakeNode : public Ioctl {
         } else {
             const auto& all = *static_cast<v4l2_ext_controls*>(argument);
             EXPECT_EQ(all.which, static_cast<std::uint32_t>(V4L2_CTRL_WHICH_CUR_VAL));
+            EXPECT_EQ(all.count, all.controls->id == V4L2_CID_PAN_ABSOLUTE ? 2U : 1U);
             for (auto& control : std::span(all.controls, all.count))
                 (request == VIDIOC_S_EXT_CTRLS ? values.at(control.id) : control.value) =
                     request == VIDIOC_S_EXT_CTRLS ? control.value : values.at(control.id);
@@ -89,7 +88,6 @@ std::string ask(FakeNode& node, const std::string& text) {
     request.bmRequestType = static_cast<std::uint8_t>(setup[0]);
     request.bRequest = static_cast<std::uint8_t>(setup[1]);
     request.wLength = static_cast<std::uint16_t>(data.size());
-    node.calls = 0;
     const IOReturn status = performControlRequest(node, request);
     std::string there = data.toHex().toStdString();
     EXPECT_TRUE(status == 0 || (there == bytes && request.wLenDone == 0)) << text;
@@ -116,8 +114,6 @@ TEST(ControlRequests, GoThroughTheDriverAsTheScriptSays) {
             node.values[id] = value;
         } else if (word == "is") {
             EXPECT_EQ(node.values[id], value);
-        } else if (word == "after") {
-            EXPECT_EQ(node.calls, id);
         } else if (word == "fail") {
             node.error = static_cast<int>(id);
         } else if (!word.empty() && word != "#") {

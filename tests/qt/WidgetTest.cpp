@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QBackingStore>
 #include <QLabel>
 #include <QTest>
 #include <QToolButton>
@@ -46,12 +47,16 @@ TEST(WidgetTest, ButtonsKnowMixedStatesAndShowTheirImageSharpAndFlat) {
     EXPECT_EQ(toggle.grab().toImage(), off) << "only the image says that it is on";
 }
 
-/// A layer that shows one red picture, twice as wide as high.
+/// A layer that shows one red picture, twice as wide as high at first.
 struct RedLayer : CALayer {
-    std::vector<std::uint32_t> pixels = std::vector<std::uint32_t>(8, 0x00ff0000);
+    int width = 4;
+    int height = 2;
     std::shared_ptr<const platform::VideoFrame> contents() const override {
         return std::make_shared<platform::VideoFrame>(platform::VideoFrame{
-            4, 2, 16, reinterpret_cast<const std::byte*>(pixels.data()), nullptr});
+            width, height, [this](std::byte* pixels, int bytesPerLine) {
+                for (int y = 0; y < height; ++y, pixels += bytesPerLine)
+                    std::fill_n(reinterpret_cast<std::uint32_t*>(pixels), width, 0xFFFF0000);
+            }});
     }
 };
 
@@ -72,6 +77,20 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         EXPECT_EQ(shown.pixelColor(2, middle), QColor(Qt::red));
         EXPECT_EQ(shown.pixelColor(widget.width() - 3, middle + half - 3), QColor(Qt::red));
         EXPECT_EQ(shown.pixelColor(widget.width() / 2, middle - half - 3), QColor(Qt::green));
+        // A picture of the place's own size is written into the window's memory.
+        layer->width = widget.width();
+        layer->height = widget.width() / 4;
+        layer->setNeedsDisplay();
+        QCoreApplication::processEvents();
+        const auto& memory = dynamic_cast<QImage&>(*widget.backingStore()->paintDevice());
+        const auto colour = [&](int x, int y) {
+            return memory.pixelColor(widget.mapTo(&bench.window(), QPoint(x, y)));
+        };
+        const int top = (widget.height() - layer->height) / 2;
+        EXPECT_EQ(colour(0, top), QColor(Qt::red));
+        EXPECT_EQ(colour(widget.width() - 1, top + layer->height - 1), QColor(Qt::red));
+        EXPECT_EQ(colour(0, top - 1), QColor(Qt::green));
+        EXPECT_NE(colour(-1, top), QColor(Qt::red));
         NSSlider wrong;
         wrong.connect(bench.controller().m_cbxDevice);
         wrong.setIntValue(3);

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/backend/CaptureBackend.h"
+#include "platform/linux/GStreamer.h"
+
+namespace platform {
+
+/// What `makePicture` reads: the forms in which nearly all cameras' pictures are at hand without a
+/// conversion, or with one that is only a copy.
+GstCapsPtr readablePictures(const VideoLimits& limits);
+
+/// Makes a picture of a sample in a readable form; it has no `write` when the sample is broken.
+VideoFrame makePicture(GstSamplePtr sample);
+
+}  // namespace platform
