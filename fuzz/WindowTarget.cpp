@@ -137,17 +137,6 @@ struct Program : WindowHands {
         platform::startDeviceNotifications();
         controller.viewDidLoad();
     }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-    ~Program() override {
-        meanwhile = [] {};
-        QCoreApplication::processEvents();
-        platform::stopDeviceNotifications();
-        g_captureSession.reset();
-        g_uvcCamera.reset();
-        g_length = 0;
-        attached.clear();
-    }
     QWidget& window() override { return interface->widget(); }
 
     template <class Widget>
@@ -260,5 +249,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         QCoreApplication::processEvents();
         program.check();
     }
+    meanwhile = [] {};
+    QCoreApplication::processEvents();
+    platform::stopDeviceNotifications();
+    g_captureSession.reset();
+    g_uvcCamera.reset();
+    g_length = 0;
+    attached.clear();
     return 0;
 }

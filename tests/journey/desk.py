@@ -106,12 +106,13 @@ class Desk:
         subprocess.run(["xdotool", *map(str, words)], check=True)
 
     @staticmethod
-    def look(area, columns):
-        """Returns what the screen shows there: the mean (red, green, blue) of each column."""
-        crop = f"{area.width}x{area.height}+{area.x}+{area.y}"
+    def look(widget):
+        """Returns what the screen shows there, as the means (red, green, blue) of 48 columns."""
+        area = extents(widget)
         pixels = subprocess.check_output(
-            ["import", "-silent", "-window", "root", "-crop", crop, "-filter", "box", "-resize",
-             f"{columns}x1!", "-depth", "8", "rgb:-"])
+            ["import", "-silent", "-window", "root", "-crop",
+             f"{area.width}x{area.height}+{area.x}+{area.y}", "-filter", "box", "-resize", "48x1!",
+             "-depth", "8", "rgb:-"])
         return [tuple(pixels[i:i + 3]) for i in range(0, len(pixels), 3)]
 
     def end(self):
