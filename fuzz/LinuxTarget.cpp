@@ -37,9 +37,15 @@ struct FuzzNode : platform::Ioctl {
 };
 
 void sendAnyRequest() {
+    static constexpr std::uint8_t codes[] = {UVC_SET_CUR, UVC_GET_CUR, UVC_GET_MIN,  UVC_GET_MAX,
+                                             UVC_GET_RES, UVC_GET_LEN, UVC_GET_INFO, UVC_GET_DEF};
     std::vector<std::uint8_t> data(input.byte() % 12);
     input.fill(data);
-    auto request = input.number<IOUSBDevRequest>();
+    IOUSBDevRequest request;
+    request.bRequest = input.oneOf(codes);
+    request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
+    request.wValue = static_cast<std::uint16_t>(input.byte() % 20 << 8U);
+    request.wIndex = static_cast<std::uint16_t>(input.byte() % 5 << 8U);
     request.wLength = static_cast<std::uint16_t>(data.size());
     request.pData = input.seldom() ? nullptr : data.data();
     FuzzNode node;
