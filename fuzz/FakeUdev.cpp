@@ -54,6 +54,7 @@ TEXT_OF(property_value) TEXT_OF(sysattr_value)
 NEW(udev, udev_new)
 NEW(udev_enumerate, udev_enumerate_new, udev*)
 NEW(udev_monitor, udev_monitor_new_from_netlink, udev*, const char*)
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a type stands alone
 #define UNREF(type) type* type##_unref(type* object) { delete object; return nullptr; }
 UNREF(udev) UNREF(udev_enumerate) UNREF(udev_monitor) UNREF(udev_device)
 #define STATUS(name, ...) int udev_##name(__VA_ARGS__) { return input.seldom() ? -EINVAL : 0; }

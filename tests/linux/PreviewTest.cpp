@@ -44,6 +44,9 @@ TEST(PreviewModes, FillTheLimitsSmoothlyWithTheLeastWork) {
 
 /// Keeps what a preview delivers, to be read when it has stopped, and lets the test wait for it.
 struct Recorder : VideoSink {
+    Recorder() = default;
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
     ~Recorder() override {  // what is still being closed ends before the process does
         EXPECT_TRUE(ClosingPreviews::all().waitForAll(std::chrono::minutes(1)));
     }
@@ -86,7 +89,8 @@ GstElement* elements(const std::string& description) {
 }
 
 /// A preview whose pictures come from these elements.
-std::unique_ptr<VideoSource> preview(const std::string& description, std::string notUsable = "") {
+std::unique_ptr<VideoSource> preview(const std::string& description,
+                                     const std::string& notUsable = "") {
     return makePreview({[=] { return description.empty() ? nullptr : elements(description); },
                         [=] { return notUsable; }});
 }
