@@ -3,9 +3,9 @@
 // is freed twice, and the sanitizer sees both.
 
 #include <libudev.h>
+#include <sys/stat.h>
 
 #include <cerrno>
-#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -15,10 +15,10 @@
 struct udev {};
 struct udev_monitor {};
 struct udev_list_entry {
-    udev_list_entry* next;
+    int left;
 };
 struct udev_enumerate {
-    std::deque<udev_list_entry> entries;
+    udev_list_entry found{1 + input.byte() % 4};
 };
 
 struct udev_device {
@@ -29,7 +29,7 @@ struct udev_device {
             ":capture:",   "pcmC0D1c", "1-2.3", "remove",     "046d",          "3"};
         const auto [entry, isNew] = said.try_emplace(name);
         if (isNew && !input.seldom())
-            entry->second = input.below(4) == 3 ? input.text() : input.oneOf(usual);
+            entry->second = input.byte() % 4 == 3 ? input.text() : input.oneOf(usual);
         return entry->second ? entry->second->c_str() : nullptr;
     }
     /// The chain of parents ends with the input.
@@ -38,17 +38,11 @@ struct udev_device {
             parent.reset(any());
         return parent.get();
     }
-    static udev_device* any() { return input.below(4) == 3 ? nullptr : new udev_device; }
+    static udev_device* any() { return input.byte() % 4 == 3 ? nullptr : new udev_device; }
 
     std::map<std::string, std::optional<std::string>> said{};
     std::unique_ptr<udev_device> parent{};
 };
-
-template <class Object>
-static Object* dropped(Object* object) {
-    delete object;
-    return nullptr;
-}
 
 extern "C" {
 // clang-format off
@@ -60,10 +54,9 @@ TEXT_OF(property_value) TEXT_OF(sysattr_value)
 NEW(udev, udev_new)
 NEW(udev_enumerate, udev_enumerate_new, udev*)
 NEW(udev_monitor, udev_monitor_new_from_netlink, udev*, const char*)
-udev* udev_unref(udev* context) { return dropped(context); }
-udev_enumerate* udev_enumerate_unref(udev_enumerate* search) { return dropped(search); }
-udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return dropped(monitor); }
-udev_device* udev_device_unref(udev_device* device) { return dropped(device); }
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a type stands alone
+#define UNREF(type) type* type##_unref(type* object) { delete object; return nullptr; }
+UNREF(udev) UNREF(udev_enumerate) UNREF(udev_monitor) UNREF(udev_device)
 #define STATUS(name, ...) int udev_##name(__VA_ARGS__) { return input.seldom() ? -EINVAL : 0; }
 STATUS(enumerate_add_match_subsystem, udev_enumerate*, const char*)
 STATUS(enumerate_add_match_parent, udev_enumerate*, udev_device*)
@@ -76,15 +69,15 @@ const char* udev_device_get_devnode(udev_device*) { return input.seldom() ? null
 udev_device* udev_device_get_parent(udev_device* device) { return device->ancestor(); }
 udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device, const char*, const char*) { return device->ancestor(); }
 udev_device* udev_device_new_from_syspath(udev*, const char*) { return udev_device::any(); }
-udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return entry->next; }
+udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return --entry->left > 0 ? entry : nullptr; }
+udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) { return udev_list_entry_get_next(&search->found); }
 const char* udev_list_entry_get_name(udev_list_entry*) { return "/sys/any"; }
 // clang-format on
 
-udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) {
-    udev_list_entry* first = nullptr;
-    for (std::size_t count = input.below(4); count > 0; --count)
-        first = &search->entries.emplace_back(udev_list_entry{first});
-    return first;
+dev_t udev_device_get_devnum(udev_device* /*device*/) {
+    struct stat node {};
+    stat("/dev/null", &node);
+    return input.seldom() ? 0 : node.st_rdev;
 }
 
 udev_device* udev_monitor_receive_device(udev_monitor*) {

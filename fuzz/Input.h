@@ -4,17 +4,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <span>
 #include <string>
 #include <vector>
 
 /// The bytes of one run, from which everything is taken that the world outside the program says.
 /// Behind their end there are zeros, which every target reads as a world that behaves.
-class Input {
-  public:
-    bool atEnd() const { return rest.empty(); }
+struct Input {
+    std::span<const std::uint8_t> rest;
 
+    bool atEnd() const { return rest.empty(); }
     void fill(std::span<std::uint8_t> place) {
         const std::size_t count = std::min(place.size(), rest.size());
         std::ranges::fill(std::ranges::copy(rest.first(count), place.begin()).out, place.end(), 0);
@@ -27,16 +26,13 @@ class Input {
         return taken;
     }
     std::uint8_t byte() { return number<std::uint8_t>(); }
-    std::size_t below(std::size_t count) { return byte() % count; }
     bool seldom() { return byte() == 0xFF; }
     auto& oneOf(auto& list) { return *std::next(std::begin(list), byte() % std::ssize(list)); }
     std::string text() {
-        std::string taken(below(91), '\0');
+        std::string taken(byte() % 91, '\0');
         fill({reinterpret_cast<std::uint8_t*>(taken.data()), taken.size()});
         return taken;
     }
-
-    std::span<const std::uint8_t> rest;
 };
 
 inline Input input;

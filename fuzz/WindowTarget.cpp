@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <cerrno>
-#include <optional>
 #include <set>
 
 #include "app/ViewController.h"
@@ -33,56 +32,20 @@ IOReturn anyStatus() {
     return input.seldom() ? input.oneOf(failures) : 0;
 }
 
-struct FuzzInterface : platform::UsbInterface {
-    IOReturn createPlugIn() override { return anyStatus(); }
-    IOReturn queryInterface() override { return anyStatus(); }
-    IOReturn open() override { return anyStatus(); }
-    IOReturn close() override { return 0; }
-    Descriptor descriptor() const override {
-        return input.seldom() ? Descriptor{input.byte(), input.byte()} : Descriptor{14, 1};
-    }
-    IOReturn controlRequest(IOUSBDevRequest& request) override {
-        enum Answer { whole, word, brief, claim, late, refusal, answers };
-        const std::size_t answer = input.below(answers);
-        const std::size_t most = answer == word ? 2 : answer == brief ? input.below(9) : 0xFFFF;
-        const std::size_t count = std::min<std::size_t>(request.wLength, most);
-        request.wLenDone = static_cast<std::uint32_t>(answer == claim ? ~0U : count);
-        const std::span data(static_cast<std::uint8_t*>(request.pData), count);
-        if ((request.bmRequestType & 0x80U) != 0)
-            input.fill(data);
-        else  // each byte is there to be read
-            sent.assign(data.begin(), data.end());
-        if (answer == late)
-            platform::postToMainThread(meanwhile);
-        return answer == refusal ? EPIPE : 0;
-    }
-    std::vector<std::uint8_t> sent;
-};
-
-/// Delivers on the main thread, so that a run repeats itself. One source runs at a time.
+/// Sends no pictures: those are not the camera's own, but the decoder's.
 struct FuzzSource : platform::VideoSource {
     void start(const platform::VideoLimits& /*limits*/, platform::VideoSink& sink) override {
-        running = &sink;
-        deliver();
-    }
-    void stop() override { running = nullptr; }
-    static void deliver() {
-        if (running == nullptr)
-            return;
         if (input.seldom())
-            return std::exchange(running, nullptr)->failed(input.text());
-        const int width = input.byte();
-        const int height = input.byte() % 64;
-        running->frame({width, height, [width, height](std::byte* pixels, int bytesPerLine) {
-                            for (int y = 0; y < height; ++y, pixels += bytesPerLine)
-                                std::fill_n(pixels, std::ptrdiff_t{4} * width, std::byte{0xFF});
-                        }});
+            sink.failed(input.text());
     }
-    static inline platform::VideoSink* running = nullptr;
+    void stop() override {}
 };
 
-/// What a device says of itself when it comes stays.
-struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
+/// A device with all that it has. What it says of itself when it comes stays.
+struct FuzzDevice : platform::UsbDevice,
+                    platform::UsbInterface,
+                    platform::CaptureDevice,
+                    std::enable_shared_from_this<FuzzDevice> {
     IOReturn createPlugIn() override { return anyStatus(); }
     IOReturn queryInterface() override { return anyStatus(); }
     std::uint16_t vendorID() const override { return 0xAB; }
@@ -92,33 +55,51 @@ struct FuzzDevice : platform::UsbDevice, platform::CaptureDevice {
     std::string localizedName() const override { return name; }
     bool hasVideo() const override { return video; }
     IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
-        for (std::size_t i = input.below(3); i < 2; ++i)
-            found.push_back(std::make_shared<FuzzInterface>());
+        found.resize(2 - input.byte() % 3U, shared_from_this());
         return anyStatus();
+    }
+    Descriptor descriptor() const override {
+        return input.seldom() ? Descriptor{input.byte(), input.byte()} : Descriptor{14, 1};
+    }
+    IOReturn open() override { return anyStatus(); }
+    IOReturn close() override { return 0; }
+    IOReturn controlRequest(IOUSBDevRequest& request) override {
+        static constexpr std::size_t lengths[] = {0xFFFF, 0xFFFF, 2, 1, 0};
+        const std::size_t count = std::min<std::size_t>(request.wLength, input.oneOf(lengths));
+        const std::span data(static_cast<std::uint8_t*>(request.pData), count);
+        if ((request.bmRequestType & 0x80U) != 0)
+            input.fill(data);
+        else  // each byte is there to be read
+            sent.assign(data.begin(), data.end());
+        const unsigned manner = input.byte() % 8;
+        request.wLenDone = static_cast<std::uint32_t>(manner == 1 ? ~0U : count);
+        if (manner == 2)
+            platform::postToMainThread([] { meanwhile(); });
+        return manner == 3 ? EPIPE : 0;
     }
     std::unique_ptr<platform::VideoSource> open(std::string& error) override {
         if (input.seldom())
             return error = input.text(), nullptr;
         return std::make_unique<FuzzSource>();
     }
+
     std::uint8_t product = input.byte() % 10;
     std::string identifier = input.seldom() ? input.text() : "00ab000" + std::to_string(product);
     std::string name = input.text();
     bool video = !input.seldom();
+    std::vector<std::uint8_t> sent;
 };
 
 std::vector<std::shared_ptr<FuzzDevice>> attached;
 
-struct UsbSide : platform::UsbBackend {
-    std::vector<std::shared_ptr<platform::UsbDevice>> devices() override {
+template <class Backend, class Device>
+struct Bus : Backend {
+    std::vector<std::shared_ptr<Device>> devices() override {
         return {attached.begin(), attached.end()};
     }
 };
 
-struct CaptureSide : platform::CaptureBackend {
-    std::vector<std::shared_ptr<platform::CaptureDevice>> devices() override {
-        return {attached.begin(), attached.end()};
-    }
+struct CaptureSide : Bus<platform::CaptureBackend, platform::CaptureDevice> {
     void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
     void plug() {
         attached.push_back(std::make_shared<FuzzDevice>());
@@ -144,74 +125,36 @@ struct CheckedLog : platform::LogSink {
     }
 };
 
-/// The program, of which the fuzzer makes life after life. The window is made once, as that takes
-/// longer than most lives, and is as the interface file left it when one begins. It is not shown:
-/// of all that it draws only the pictures are drawn by the program itself, and they are grabbed.
+/// One life of the program.
 struct Program : WindowHands {
-    Program();
+    Program() {
+        platform::installBackends({&usb, &capture, &log});
+        meanwhile = [this] {  // behind a box nothing but the bus moves
+            QApplication::activeModalWidget() == nullptr ? step() : capture.unplug();
+        };
+        for (int count = input.byte() % 4; count > 0; --count)
+            capture.plug();
+        platform::startDeviceNotifications();
+        controller.viewDidLoad();
+    }
     QWidget& window() override { return interface->widget(); }
-    void begin();
-    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
-    void step();
-    void check();
-    void end();
 
     template <class Widget>
     Widget& any() {
         const auto all = window().findChildren<Widget*>();
         return *input.oneOf(all);
     }
+    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
+    void step();
+    void check();
 
     CheckedLog log;
-    UsbSide usb;
+    Bus<platform::UsbBackend, platform::UsbDevice> usb;
     CaptureSide capture;
-    std::optional<ViewController> controller{std::in_place};
+    ViewController controller;
     std::unique_ptr<platform::InterfaceWindow> interface =
-        platform::InterfaceWindow::load(*controller);
-    std::vector<NSView> outlets;
-    std::vector<std::tuple<QWidget*, const char*, QVariant>> properties;
+        platform::InterfaceWindow::load(controller);
 };
-
-Program::Program() {
-    for (const auto& outlet : controller->outlets())
-        outlets.push_back(*outlet.reference);
-    for (auto* widget : window().findChildren<QWidget*>()) {
-        if (widget->property("autoExclusive").toBool())  // refuses to switch the last one off
-            properties.emplace_back(widget, "autoExclusive", false);
-        for (const char* name : {"enabled", "minimum", "maximum", "value", "text", "icon",
-                                 "tristate", "checked", "autoExclusive"})
-            if (const QVariant value = widget->property(name); value.isValid())
-                properties.emplace_back(widget, name, value);
-    }
-}
-
-void Program::begin() {
-    for (const auto& [widget, name, value] : properties) {
-        const QSignalBlocker quiet(widget);
-        widget->setProperty(name, value);
-    }
-    controller.emplace();
-    for (std::size_t i = 0; i < outlets.size(); ++i)
-        controller->outlets()[i].reference->connect(outlets[i]);
-    platform::installBackends({&usb, &capture, &log});
-    for (std::size_t count = input.below(4); count > 0; --count)
-        capture.plug();
-    meanwhile = [this] {  // behind a box nothing but the bus moves
-        QApplication::activeModalWidget() == nullptr ? step() : capture.unplug();
-    };
-    platform::startDeviceNotifications();
-    controller->viewDidLoad();
-}
-
-void Program::end() {
-    QCoreApplication::processEvents();
-    platform::stopDeviceNotifications();
-    controller->m_previewWnd.setLayer(nullptr);
-    g_captureSession.reset();
-    g_uvcCamera.reset();
-    g_length = 0;
-    attached.clear();
-}
 
 void move(QSlider& slider) {
     if (slider.isEnabled())
@@ -225,15 +168,9 @@ void chooseIn(QComboBox& list) {
     emit list.activated(list.currentIndex());
 }
 
-void show(QWidget& preview) {
-    FuzzSource::deliver();
-    QCoreApplication::processEvents();
-    preview.grab();
-}
-
 /// Behind its end the sanitizer watches.
 void transfer() {
-    std::vector<std::uint8_t> buffer(1 + input.below(40));
+    std::vector<std::uint8_t> buffer(1 + input.byte() % 40);
     Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.data(),
                      static_cast<std::uint32_t>(buffer.size()), input.byte() % 4U);
 }
@@ -252,7 +189,7 @@ void workByName(UVCCameraControl& camera) {
 }
 
 void Program::step() {
-    switch (input.below(10)) {
+    switch (input.byte() % 9) {
         case 0:
             return buttonSending("OnBtnOpenCamera:").click();
         case 1:
@@ -268,8 +205,6 @@ void Program::step() {
         case 6:
             return capture.unplug();
         case 7:
-            return show(*find<QWidget>("m_previewWnd"));
-        case 8:
             return transfer();
         default:
             return g_uvcCamera ? workByName(*g_uvcCamera) : void();
@@ -285,10 +220,9 @@ void Program::check() {
     require(shown(#list) == shown(#slider), "a list shows its slider's number");
     ENUMERATE_VENDOR_VALUES(CHECK)
 #undef CHECK
-    std::multiset<std::string> listed;
-    for (int i = 0; i < controller->m_cbxDevice.numberOfItems(); ++i)
-        listed.insert(controller->m_cbxDevice.itemObjectValueAtIndex(i));
-    std::multiset<std::string> cameras;
+    std::multiset<std::string> listed, cameras;
+    for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
+        listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
     for (const auto& device : attached)
         if (device->video)
             cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));
@@ -307,15 +241,20 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static char arguments[][10] = {"fuzz", "-platform", "offscreen"};
     static char* list[] = {arguments[0], arguments[1], arguments[2], nullptr};
     static const QApplication application(count, list);
-    static Program program;
     input.rest = {data, size};
-    const NextBox box(input.below(2) == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
-    program.begin();
+    const NextBox box(input.byte() % 2 == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+    Program program;
     while (!input.atEnd()) {
         program.step();
         QCoreApplication::processEvents();
         program.check();
     }
-    program.end();
+    meanwhile = [] {};
+    QCoreApplication::processEvents();
+    platform::stopDeviceNotifications();
+    g_captureSession.reset();
+    g_uvcCamera.reset();
+    g_length = 0;
+    attached.clear();
     return 0;
 }
