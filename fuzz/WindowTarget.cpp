@@ -148,6 +148,7 @@ struct Program : WindowHands {
     void step();
     void check();
 
+    int steps = 0;
     CheckedLog log;
     Bus<platform::UsbBackend, platform::UsbDevice> usb;
     CaptureSide capture;
@@ -189,6 +190,7 @@ void workByName(UVCCameraControl& camera) {
 }
 
 void Program::step() {
+    ++steps;
     switch (input.byte() % 9) {
         case 0:
             return buttonSending("OnBtnOpenCamera:").click();
@@ -246,7 +248,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Program program;
     while (!input.atEnd()) {
         program.step();
-        QCoreApplication::processEvents();
+        for (int done = 0; done != program.steps;) {  // what happened meanwhile is sent as well
+            done = program.steps;
+            QCoreApplication::processEvents();
+        }
         program.check();
     }
     meanwhile = [] {};

@@ -156,13 +156,6 @@ void VirtualBus::unplug(const std::shared_ptr<VirtualCamera>& camera) {
     remove(find(camera));
 }
 
-void VirtualBus::unplugMicrophone(const std::string& uniqueID) {
-    const auto found = std::ranges::find_if(attachments_, [&](const auto& attachment) {
-        return !attachment->usb && attachment->capture.front()->uniqueID() == uniqueID;
-    });
-    remove(found == attachments_.end() ? nullptr : *found);
-}
-
 void VirtualBus::restart(const std::shared_ptr<VirtualCamera>& camera) {
     unplug(camera);
     plug(camera);

@@ -37,7 +37,6 @@ class VirtualBus {
     /// Pulls `camera` out: its handles are dead (ENODEV) and a running picture fails before the
     /// listener hears of it. Harmless when it is not plugged in.
     void unplug(const std::shared_ptr<VirtualCamera>& camera);
-    void unplugMicrophone(const std::string& uniqueID);
 
     /// Pulls `camera` out and plugs it in again, as its own restart does.
     void restart(const std::shared_ptr<VirtualCamera>& camera);

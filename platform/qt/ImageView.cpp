@@ -7,7 +7,6 @@
 #include <QRegion>
 #include <QVBoxLayout>
 #include <optional>
-#include <ranges>
 #include <utility>
 
 #include "platform/CALayer.h"
@@ -71,8 +70,9 @@ QRect areaOf(const CALayer& layer, QPoint origin) {
 /// Where the topmost picture is of a layer and those above it; empty when there is none.
 QRect pictureIn(const CALayer& layer, QPoint origin) {
     const QRect area = areaOf(layer, origin);
-    for (const auto& sublayer : layer.sublayers() | std::views::reverse)
-        if (const QRect picture = pictureIn(*sublayer, area.topLeft()); !picture.isEmpty())
+    const auto& above = layer.sublayers();
+    for (auto sublayer = above.rbegin(); sublayer != above.rend(); ++sublayer)
+        if (const QRect picture = pictureIn(**sublayer, area.topLeft()); !picture.isEmpty())
             return picture;
     const auto contents = layer.contents();
     return contents ? placeFor(*contents, area) : QRect();
@@ -93,8 +93,9 @@ void fill(QPainter& painter, const QRegion& region, const QColor& color) {
 /// camera comes through here. Pictures and colours cover what is below them.
 QRegion drawLayer(QPainter& painter, const CALayer& layer, QPoint origin, QRegion open) {
     const QRect area = areaOf(layer, origin);
-    for (const auto& sublayer : layer.sublayers() | std::views::reverse)
-        open = drawLayer(painter, *sublayer, area.topLeft(), std::move(open));
+    const auto& above = layer.sublayers();
+    for (auto sublayer = above.rbegin(); sublayer != above.rend(); ++sublayer)
+        open = drawLayer(painter, **sublayer, area.topLeft(), std::move(open));
     if (const auto contents = layer.contents()) {
         const QRect place = placeFor(*contents, area);
         drawFrame(painter, *contents, place, open);

@@ -38,7 +38,7 @@ virtualcam::CameraModel studio() {
 
 TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
     WindowBench bench(studio(), false);
-    setInCamera(bench.camera(), {16, XU_AUDIO_SWITCH}, {1});
+    setInCamera(bench.camera(), {16, virtualcam::XU_AUDIO_SWITCH}, {1});
     bench.bus().restart(bench.cameraReference());
     const auto second = bench.plugAnother("Second");
     bench.start();
