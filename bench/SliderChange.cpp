@@ -19,6 +19,7 @@
 #include <thread>
 
 #include "camera/CameraFunctions.h"
+#include "devices/CameraList.h"
 #include "tests/kernel/KernelWindow.h"
 #include "virtualcam/DemoBus.h"
 
@@ -108,7 +109,7 @@ class Bench {
 
   private:
     Bench() : plugged_(window_.plug(virtualcam::studioCamera(), 0)) {
-        OpenCameraByUniqueID(plugged_.device->uniqueID());
+        OpenCameraByUniqueID(g_deviceList.at(0).uniqueID.data());
         plugged_.camera().setWait([this](std::chrono::milliseconds /*nominal*/) {
             std::this_thread::sleep_for(answer_.load());
             answered_ = Clock::now();

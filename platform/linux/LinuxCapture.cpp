@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/linux/ClosingPreviews.h"
+#include "platform/linux/LinuxUsb.h"
 #include "platform/linux/PreviewPipeline.h"
 #include "platform/linux/UdevFeed.h"
 #include "platform/linux/VideoNode.h"
@@ -100,6 +101,7 @@ void LinuxCapture::add(std::shared_ptr<Device> device) {
 
 void LinuxCapture::remove(const std::shared_ptr<Device>& device) {
     std::erase(attached_, device);
+    LinuxUsb::nodeLeft(device->facts().devnode);
     if (listener_ != nullptr)
         listener_->left(device);
 }

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxUsb.h"
 
 #include <cerrno>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -35,6 +36,7 @@ class LinuxUsbInterface : public UsbInterface {
     LinuxUsbInterface(Attachment attachment, udev_device* interface)
         : attachment_(std::move(attachment)),
           syspath_(textOrEmpty(udev_device_get_syspath(interface))) {
+        all().insert(this);
         const auto field = [&](const char* name, int base) {
             return static_cast<std::uint8_t>(udevNumber(interface, name, base).value_or(0));
         };
@@ -42,12 +44,24 @@ class LinuxUsbInterface : public UsbInterface {
                        field("bInterfaceProtocol", 16), field("bAlternateSetting", 10)};
     }
 
+    LinuxUsbInterface(const LinuxUsbInterface&) = delete;
+    LinuxUsbInterface& operator=(const LinuxUsbInterface&) = delete;
+    ~LinuxUsbInterface() override { all().erase(this); }
+
+    /// Closes the node at `path` wherever it is kept open.
+    static void giveUp(const std::string& path) {
+        for (LinuxUsbInterface* interface : all())
+            if (interface->path_ == path)
+                interface->node_.close();
+    }
+
     IOReturn createPlugIn() override { return attachment_.presence(); }
     IOReturn queryInterface() override { return attachment_.presence(); }
     Descriptor descriptor() const override { return descriptor_; }
 
     /// The node stays open between two requests: it shuts nobody out, and to look it up again takes
-    /// many times as long as a request. Whether the camera is still there is asked each time.
+    /// many times as long as a request. Whether the camera is still there is asked each time, and
+    /// `giveUp` closes it for good.
     IOReturn open() override {
         std::string card;
         const bool isThere = node_.isOpen() && capturesVideo(node_, card);
@@ -79,8 +93,8 @@ class LinuxUsbInterface : public UsbInterface {
         sortByNumber(nodes);
         IOReturn failure = ENODEV;
         for (const UdevDevicePtr& node : nodes) {
-            const IOReturn status = node_.open(textOrEmpty(udev_device_get_devnode(node.get())),
-                                               udev_device_get_devnum(node.get()));
+            path_ = textOrEmpty(udev_device_get_devnode(node.get()));
+            const IOReturn status = node_.open(path_, udev_device_get_devnum(node.get()));
             std::string card;
             if (status == kIOReturnSuccess && capturesVideo(node_, card))
                 return kIOReturnSuccess;
@@ -93,8 +107,15 @@ class LinuxUsbInterface : public UsbInterface {
     }
 
     Attachment attachment_;
+    /// Those that may keep a node open. Main thread; never destroyed, as one may end after it.
+    static std::set<LinuxUsbInterface*>& all() {
+        static auto* const interfaces = new std::set<LinuxUsbInterface*>;
+        return *interfaces;
+    }
+
     std::string syspath_;
     Descriptor descriptor_;
+    std::string path_;  // of the node
     VideoNode node_;
     bool isOpen_ = false;  // for requests
 };
@@ -132,6 +153,10 @@ class LinuxUsbDevice : public UsbDevice {
 };
 
 }  // namespace
+
+void LinuxUsb::nodeLeft(const std::string& path) {
+    LinuxUsbInterface::giveUp(path);
+}
 
 std::vector<std::shared_ptr<UsbDevice>> LinuxUsb::devices() {
     std::vector<std::shared_ptr<UsbDevice>> found;

@@ -9,6 +9,10 @@ namespace platform {
 /// gone for good: another one at its port is another device. Main thread only.
 class LinuxUsb : public UsbBackend {
   public:
+    /// Closes what is kept open of the video node at `path`, whose camera has left: until then the
+    /// kernel keeps the node's number, and the next camera gets another. Main thread.
+    static void nodeLeft(const std::string& path);
+
     std::vector<std::shared_ptr<UsbDevice>> devices() override;
 };
 

@@ -3,6 +3,7 @@
 #include <gst/video/video.h>
 #include <libyuv/convert_argb.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -37,12 +38,22 @@ class MappedSample {
                 return writeFrom(libyuv::I420ToARGBMatrix, target, bytesPerLine);
             case GST_VIDEO_FORMAT_Y42B:
                 return writeFrom(libyuv::I422ToARGBMatrix, target, bytesPerLine);
-            default:  // BGRA: what libyuv calls ARGB
-                libyuv::ARGBCopy(plane(0), stride(0), target, bytesPerLine, width(), height());
+            default:  // BGRx, or BGRA: a camera's picture is opaque all the same
+                writeOpaque(pixels, bytesPerLine);
         }
     }
 
   private:
+    void writeOpaque(std::byte* target, int bytesPerLine) const {
+        constexpr std::uint32_t opaque = 0xFF000000;
+        const std::uint8_t* from = plane(0);
+        for (int y = 0; y < height(); ++y, from += stride(0), target += bytesPerLine) {
+            const auto* pixels = reinterpret_cast<const std::uint32_t*>(from);
+            std::transform(pixels, pixels + width(), reinterpret_cast<std::uint32_t*>(target),
+                           [](std::uint32_t pixel) { return pixel | opaque; });
+        }
+    }
+
     template <class Conversion>
     void writeFrom(Conversion convert, std::uint8_t* target, int bytesPerLine) const {
         convert(plane(0), stride(0), plane(1), stride(1), plane(2), stride(2), target, bytesPerLine,
@@ -55,6 +66,8 @@ class MappedSample {
         const bool full = made.range == GST_VIDEO_COLOR_RANGE_0_255;
         if (made.matrix == GST_VIDEO_COLOR_MATRIX_BT709)
             return full ? libyuv::kYuvF709Constants : libyuv::kYuvH709Constants;
+        if (made.matrix == GST_VIDEO_COLOR_MATRIX_BT2020)
+            return full ? libyuv::kYuvV2020Constants : libyuv::kYuv2020Constants;
         return full ? libyuv::kYuvJPEGConstants : libyuv::kYuvI601Constants;
     }
 
@@ -83,7 +96,7 @@ GstSamplePtr inOwnMemory(GstSamplePtr sample) {
 }  // namespace
 
 GstCapsPtr readablePictures(const VideoLimits& limits) {
-    GstCapsPtr caps(gst_caps_from_string("video/x-raw,format={I420,Y42B,BGRA}"));
+    GstCapsPtr caps(gst_caps_from_string("video/x-raw,format={I420,Y42B,BGRx,BGRA}"));
     gst_caps_set_simple(caps.get(), "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, "width",
                         GST_TYPE_INT_RANGE, 1, limits.width, "height", GST_TYPE_INT_RANGE, 1,
                         limits.height, nullptr);

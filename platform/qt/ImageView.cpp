@@ -98,7 +98,8 @@ QRegion drawLayer(QPainter& painter, const CALayer& layer, QPoint origin, QRegio
         open = drawLayer(painter, **sublayer, area.topLeft(), std::move(open));
     if (const auto contents = layer.contents()) {
         const QRect place = placeFor(*contents, area);
-        drawFrame(painter, *contents, place, open);
+        if (open.intersects(place))
+            drawFrame(painter, *contents, place, open);
         open -= place;
     }
     if (const auto& color = layer.backgroundColor()) {

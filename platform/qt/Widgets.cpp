@@ -57,7 +57,7 @@ void ValueLabel::changeEvent(QEvent* event) {
 
 void ValueLabel::makeRoom() {
     const QFontMetrics metrics = fontMetrics();
-    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-000000")), metrics.height());
+    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-0000000000")), metrics.height());
 }
 
 }  // namespace platform
