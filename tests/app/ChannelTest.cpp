@@ -105,12 +105,12 @@ TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
              "3 bytes do not fit a control of 2");
     transfer(write, {.lengths = {{{16, XU_FLIP_H}, 9}}}, UNIT_XU, XU_FLIP_H, {1},
              {"a1 85 1900 1000 2 | 09 00"}, "A control of 9 bytes can't be written");
-    transfer(write, {.interfaceOpen = EBUSY}, UNIT_PU, PU_GAIN_CONTROL, {1, 0}, {},
-             "Unable to open interface (00000010)");
     for (const int unit : {3, 16}) {
         EXPECT_EQ(g_uvcCamera->setData(1, 9, PU_GAIN_CONTROL, unit), 1);
         expectError("A control of 9 bytes can't be written");
     }
+    transfer(write, {.interfaceOpen = EBUSY}, UNIT_PU, PU_GAIN_CONTROL, {1, 0}, {},
+             "Unable to open interface (00000010)");
     // No answer at all ends by the driver's time-out.
     transfer(write, {.delay = std::chrono::seconds(9)}, UNIT_PU, PU_GAIN_CONTROL, {1, 0},
              {"21 01 0400 0300 2 | 01 00 !"}, "Control request failed: 0000006e");
