@@ -38,6 +38,9 @@ TEST_F(ChannelTest, OpensByTheIdsAtTheEndOrByTheLocation) {
     EXPECT_EQ(UVCCameraControl::initWithLocationID(0x15000000)->setGain(3), 1);
     expectError("No interface to send request");
     EXPECT_THAT(bench_.requests(), IsEmpty());  // opening asks the camera nothing
+    EXPECT_THAT((std::array{HexToInt(""), HexToInt("0G"), HexToInt("FfFfFfFf"),
+                            HexToInt("123456789"), HexToInt("1\xFF")}),
+                ElementsAre(0, 23, -1, 0x23456789, -33));
 }
 
 TEST_F(ChannelTest, WhatPreventsAnOpenIsLoggedOnceAndLeavesAChannelWithoutInterface) {
@@ -94,12 +97,18 @@ TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
     transfer(read, {}, UNIT_XU, XU_VERSION, {0}, {}, "No room for a control's length in 1 bytes");
     transfer(read, {}, UNIT_PU, PU_BRIGHTNESS_CONTROL, {0}, {},
              "A control of 2 bytes does not fit a buffer of 1");
+    transfer(read, {.stalled = {{16, XU_VERSION}}}, UNIT_XU, XU_VERSION, Bytes(24),
+             {"a1 85 0900 1000 24 !"}, "Control request failed: 00000020");
     // What a write does not give of a control is zero.
     transfer(write, {}, UNIT_PU, PU_GAMMA_CONTROL, {0xF9}, {"21 01 0900 0300 2 | f9 00"});
     transfer(write, {}, UNIT_PU, PU_GAMMA_CONTROL, {1, 1, 1}, {},
              "3 bytes do not fit a control of 2");
     transfer(write, {.lengths = {{{16, XU_FLIP_H}, 9}}}, UNIT_XU, XU_FLIP_H, {1},
              {"a1 85 1900 1000 2 | 09 00"}, "A control of 9 bytes can't be written");
+    for (const int unit : {3, 16}) {
+        EXPECT_EQ(g_uvcCamera->setData(1, 9, PU_GAIN_CONTROL, unit), 1);
+        expectError("A control of 9 bytes can't be written");
+    }
     transfer(write, {.interfaceOpen = EBUSY}, UNIT_PU, PU_GAIN_CONTROL, {1, 0}, {},
              "Unable to open interface (00000010)");
     // No answer at all ends by the driver's time-out.
@@ -147,6 +156,7 @@ TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
                 ElementsAre(-99, 6, -3, 4, 120, 5, 6500));
     const UVCControlRange range = camera.getRangeForControl(findControl(UNIT_XU, XU_COMP_VALUE));
     EXPECT_EQ(std::pair(range.min, range.max), std::pair(-7, 7));
+    EXPECT_EQ(UVCCameraControl::mapValue(25, 5, 15, 100, 200), 300) << "nothing is clamped";
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <QLabel>
 
 #include "camera/ControlTable.h"
+#include "pages/vendor/ShowAlert.h"
 #include "pages/vendor/VendorPage.h"
 #include "pages/vendor/VersionLabel.h"
 #include "tests/support/Exchanges.h"
@@ -57,6 +58,20 @@ INSTANTIATE_TEST_SUITE_P(Pages, ExchangeTest,
                                                           "page-load.txt", "no-camera.txt"},
                                                          "direct")),
                          [](const auto& exchange) { return exchange.param.name; });
+
+TEST(ShowAlertTest, AsksInPlainTextAndTakesACloseForTheOnlyOtherAnswer) {
+    const auto ask = [](int withCancel, QMessageBox::ButtonRole answer) {
+        const NextBox box(answer);
+        const int result = ShowAlert("Notice", "<b>?</b>", withCancel);
+        return box.said() + " " + box.look() + " " + std::to_string(result);
+    };
+    EXPECT_EQ(ask(1, QMessageBox::AcceptRole), "  0") << "there is no window to show it on";
+    const WindowBench bench;
+    EXPECT_EQ(ask(1, QMessageBox::AcceptRole), "Notice: <b>?</b> plain OK Cancel 1");
+    for (const auto answer : {QMessageBox::RejectRole, QMessageBox::InvalidRole})
+        EXPECT_EQ(ask(1, answer), "Notice: <b>?</b> plain OK Cancel 0");
+    EXPECT_EQ(ask(2, QMessageBox::InvalidRole), "Notice: <b>?</b> plain OK 1");
+}
 
 TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
     for (const auto& [version, label] : {std::pair{"V9.2.4", "v3 V9.2.4"},

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <QCoreApplication>
+#include <QFile>
 #include <fstream>
 #include <iomanip>
 
@@ -16,17 +18,25 @@ NodeFacts camera(const std::string& port, const std::string& product) {
     return {"/sys/" + port, "video0", "/nonexistent/video0", true, 0, "usb:" + port, "", usb};
 }
 
-/// What a test says is attached and happens.
+/// What a test says is attached and happens. Its descriptor can always be read.
 struct FakeFeed : NodeFeed {
-    int descriptor() const override { return -1; }
+    FakeFeed() { file.open(QIODevice::ReadOnly); }
+    int descriptor() const override { return file.handle(); }
     std::vector<NodeFacts> attached() override { return present; }
     std::optional<Event> next() override {
         return taken < events.size() ? std::optional(events[taken++]) : std::nullopt;
     }
 
+    QFile file{"/dev/null"};
     std::vector<NodeFacts> present{camera("1-1", "A")};
     std::vector<Event> events;
     std::size_t taken = 0;
+};
+
+struct Listener : CaptureListener {
+    void arrived(std::shared_ptr<CaptureDevice> device) override { hear("+", *device); }
+    void left(std::shared_ptr<CaptureDevice> device) override { hear("-", *device); }
+    std::function<void(std::string, const CaptureDevice&)> hear;
 };
 
 TEST(CaptureList, FollowsEachNodeAndMakesUpForLostEvents) {
@@ -40,6 +50,14 @@ TEST(CaptureList, FollowsEachNodeAndMakesUpForLostEvents) {
         return names;
     };
     EXPECT_EQ(namesAfter({}), "A ");
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    std::string heard;
+    Listener listener;
+    listener.hear = [&](const std::string& sign, const CaptureDevice& device) {
+        heard += sign + device.localizedName() + ": " + namesAfter({});
+    };
+    capture.setListener(&listener);
     NodeFacts gone;  // known by its path alone
     gone.syspath = camera("1-1", "").syspath;
     EXPECT_EQ(namesAfter({{Change::arrived, camera("1-2", "B")},
@@ -47,7 +65,11 @@ TEST(CaptureList, FollowsEachNodeAndMakesUpForLostEvents) {
                           {Change::left, camera("1-9", "metadata")},
                           {Change::arrived, camera("1-3", "C")},
                           {Change::left, gone}}),
-              "B C ");
+              "A ");  // until they are announced
+    while (feed->taken < feed->events.size())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    EXPECT_EQ(heard, "+B: A B +C: A B C -A: B C ");
+    capture.setListener(nullptr);
     // What was in the queue behind a loss is older than the new look: C has come back since.
     feed->present = {camera("1-3", "C"), camera("1-2", "other"), camera("1-4", "D")};
     EXPECT_EQ(namesAfter({{Change::overflow, {}},
@@ -65,11 +87,13 @@ TEST(Nodes, AreToldApartByIdentifierAndName) {
     std::ifstream rows(QUELVO_LINUX_TESTS "/nodes.txt");
     NodeFacts facts = camera("1-1", "");
     std::string expected;
+    int count = 0;
     while (rows >> facts.usb->sysname >> facts.index >> facts.usb->function >>
-           std::quoted(facts.usb->product) >> std::quoted(facts.driverName) >>
-           std::quoted(expected))
+               std::quoted(facts.usb->product) >> std::quoted(facts.driverName) >>
+               std::quoted(expected) &&
+           ++count)
         EXPECT_EQ(uniqueIdentifier(facts) + " " + displayName(facts), expected);
-    EXPECT_FALSE(expected.empty());
+    EXPECT_EQ(count, 15) << "the line after " << expected;
     facts.usb.reset();
     EXPECT_EQ(uniqueIdentifier(facts), "usb:1-1:0:video4linux");
     facts.hasVideo = false;

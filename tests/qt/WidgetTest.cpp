@@ -78,6 +78,9 @@ TEST_F(ActionTest, AWaitingActionIsSentOnceAndBeforeAllElse) {
     setByAssistance(8);
     bench.window().close();
     EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
+    setByAssistance(6);
+    bench.stop();  // the window goes
+    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
 }
 
 TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
@@ -127,15 +130,18 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     EXPECT_EQ(cameras.count(), 1);
 }
 
-/// A layer that shows one red picture, twice as wide as high at first.
+/// A layer that shows one red picture, twice as wide as high at first, and tells where it wrote it.
 struct RedLayer : CALayer {
     int width = 4;
     int height = 2;
+    std::uint32_t colour = 0xFFFF0000;
+    mutable const void* written = nullptr;
     std::shared_ptr<const platform::VideoFrame> contents() const override {
         return std::make_shared<platform::VideoFrame>(platform::VideoFrame{
             width, height, [this](std::byte* pixels, int bytesPerLine) {
+                written = pixels;
                 for (int y = 0; y < height; ++y, pixels += bytesPerLine)
-                    std::fill_n(reinterpret_cast<std::uint32_t*>(pixels), width, 0xFFFF0000);
+                    std::fill_n(reinterpret_cast<std::uint32_t*>(pixels), width, colour);
             }});
     }
 };
@@ -165,6 +171,11 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
             return memory.pixelColor(widget.mapTo(&bench.window(), QPoint(x, y)));
         };
         const int top = (widget.height() - layer->height) / 2;
+        const QPoint there = widget.mapTo(&bench.window(), QPoint(0, top));
+        EXPECT_EQ(layer->written, memory.constScanLine(there.y()) + std::ptrdiff_t{4} * there.x());
+        layer->colour = 0xFF0000FF;
+        widget.repaint(QRect(3, top + 1, 5, 5));  // this part alone
+        EXPECT_EQ(colour(3, top + 1), QColor(Qt::blue));
         EXPECT_EQ(colour(0, top), QColor(Qt::red));
         EXPECT_EQ(colour(widget.width() - 1, top + layer->height - 1), QColor(Qt::red));
         EXPECT_EQ(colour(0, top - 1), QColor(Qt::green));

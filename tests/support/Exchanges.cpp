@@ -91,8 +91,10 @@ class Performance {
             answer_ = part_[1].matched ? QMessageBox::RejectRole : QMessageBox::AcceptRole;
             question_ = part_[2];
         } else if (is("meanwhile (.*)")) {
+            unseen_.insert(part_[1]);
             stage_.camera.setFaults({.delay = std::chrono::milliseconds(1)});
             stage_.camera.setWait([this, wanted = part_.str(1)](auto) {
+                unseen_.erase(wanted);
                 log_.push_back(difference(stage_.hands, wanted));
             });
         } else if (is("stall((?: \\d+/\\d+)*)")) {
@@ -123,6 +125,12 @@ class Performance {
         for (const auto* left : {&requests_, &log_})
             if (!left->empty())
                 throw std::runtime_error("nobody expected: " + left->front());
+    }
+
+    void end() const {
+        expectNothingMore();
+        if (!unseen_.empty())
+            throw std::runtime_error("nobody looked meanwhile: " + *unseen_.begin());
     }
 
   private:
@@ -164,6 +172,7 @@ class Performance {
     std::string question_;  // what the next box is to say
     std::deque<std::string> requests_;
     std::deque<std::string> log_;
+    std::set<std::string> unseen_;  // what widgets are to show meanwhile
 };
 
 }  // namespace
@@ -203,7 +212,7 @@ void perform(const Exchange& exchange, const Stage& stage) {
             current = statement;
             performance.perform(statement.second);
         }
-        performance.expectNothingMore();
+        performance.end();
     } catch (const std::exception& error) {
         ADD_FAILURE_AT(exchange.file.c_str(), current.first)
             << current.second << ": " << error.what();

@@ -52,14 +52,18 @@ class WindowHands {
     }
 };
 
-/// Answers the next box with the button of this role, and keeps what it said.
+/// Answers the next box with the button of this role, or closes it for `InvalidRole`, and keeps
+/// what it said.
 class NextBox {
   public:
     explicit NextBox(QMessageBox::ButtonRole answer);
 
     const std::string& said() const { return said_; }
+    /// Whether the box took its text as "plain" or as "rich", and its buttons.
+    const std::string& look() const { return look_; }
 
   private:
     QTimer timer_;
     std::string said_;
+    std::string look_;
 };
