@@ -57,7 +57,9 @@ void ValueLabel::changeEvent(QEvent* event) {
 
 void ValueLabel::makeRoom() {
     const QFontMetrics metrics = fontMetrics();
-    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-0000000000")), metrics.height());
+    constexpr int kRounding = 2;  // what the digits of a real number may be wider
+    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-0000000000")) + kRounding,
+                 metrics.height());
 }
 
 }  // namespace platform
