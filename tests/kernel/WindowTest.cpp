@@ -131,7 +131,10 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     moveSlider("m_sliderGama", 101);
     EXPECT_TRUE(waitForCameras(0));
     EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) > 0; }));
+    g_captureSession->stopRunning();
+    EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
     const auto next = plug(studioCamera(), 0);
+    EXPECT_EQ(access("/dev/video0", F_OK), 0) << "nothing keeps the number of the one that left";
     const int failed = log.count(kRequestFailed);
     moveSlider("m_sliderGama", 102);
     slider("m_sliderGama").setSliderDown(false);
