@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/backend/OpaqueRows.h"
+
 namespace virtualcam {
 namespace {
 
@@ -24,14 +26,6 @@ PictureSize sizeWithin(const platform::VideoLimits& limits) {
         return each.width <= limits.width && each.height <= limits.height;
     });
     return size == kSizes.end() ? kSizes.back() : *size;
-}
-
-void writeRows(const Pixels& pixels, PictureSize size, std::byte* target, int bytesPerLine) {
-    constexpr std::uint32_t opaque = 0xFF000000;
-    const auto* from = pixels.data();
-    for (int y = 0; y < size.height; ++y, from += size.width, target += bytesPerLine)
-        std::transform(from, from + size.width, reinterpret_cast<std::uint32_t*>(target),
-                       [](std::uint32_t pixel) { return pixel | opaque; });
 }
 
 }  // namespace
@@ -112,7 +106,9 @@ void FrameSource::deliver(const std::stop_token& stop, PictureSize size,
         if (const auto pixels = pool->take()) {
             generator->generate(state, index, *pixels);
             sink.frame({size.width, size.height, [size, pixels](std::byte* target, int line) {
-                            writeRows(*pixels, size, target, line);
+                            platform::copyOpaque(reinterpret_cast<const std::byte*>(pixels->data()),
+                                                 size.width * 4, size.width, size.height, target,
+                                                 line);
                         }});
         }
         next = std::max(next + kInterval, Clock::now() - kInterval);

@@ -3,9 +3,10 @@
 #include <gst/video/video.h>
 #include <libyuv/convert_argb.h>
 
-#include <algorithm>
 #include <memory>
 #include <utility>
+
+#include "platform/backend/OpaqueRows.h"
 
 namespace platform {
 namespace {
@@ -39,21 +40,12 @@ class MappedSample {
             case GST_VIDEO_FORMAT_Y42B:
                 return writeFrom(libyuv::I422ToARGBMatrix, target, bytesPerLine);
             default:  // BGRx, or BGRA: a camera's picture is opaque all the same
-                writeOpaque(pixels, bytesPerLine);
+                copyOpaque(reinterpret_cast<const std::byte*>(plane(0)), stride(0), width(),
+                           height(), pixels, bytesPerLine);
         }
     }
 
   private:
-    void writeOpaque(std::byte* target, int bytesPerLine) const {
-        constexpr std::uint32_t opaque = 0xFF000000;
-        const std::uint8_t* from = plane(0);
-        for (int y = 0; y < height(); ++y, from += stride(0), target += bytesPerLine) {
-            const auto* pixels = reinterpret_cast<const std::uint32_t*>(from);
-            std::transform(pixels, pixels + width(), reinterpret_cast<std::uint32_t*>(target),
-                           [](std::uint32_t pixel) { return pixel | opaque; });
-        }
-    }
-
     template <class Conversion>
     void writeFrom(Conversion convert, std::uint8_t* target, int bytesPerLine) const {
         convert(plane(0), stride(0), plane(1), stride(1), plane(2), stride(2), target, bytesPerLine,

@@ -156,7 +156,8 @@ class Pipeline {
     }
 
     /// The colours between two samples of a camera's picture aren't interpolated, nor is anything
-    /// dithered: nobody sees it at this size, and it takes half of the work.
+    /// dithered: nobody sees it at this size, and it is half of the work where a picture has to be
+    /// converted.
     bool appendConverter() {
         GstElement* converter = append("videoconvertscale");
         if (converter != nullptr)
