@@ -10,9 +10,11 @@
 #include "fuzz/Input.h"
 #include "platform/MainLoop.h"
 #include "platform/linux/ControlRequests.h"
+#include "platform/linux/JpegPicture.h"
 #include "platform/linux/LinuxCapture.h"
 #include "platform/linux/LinuxUsb.h"
 #include "platform/linux/VideoNode.h"
+#include "tests/support/Pixels.h"
 
 namespace {
 
@@ -97,6 +99,17 @@ void lookAtUsb() {
         interface->open();
 }
 
+void showAnyImage() {
+    const platform::VideoLimits announced{input.byte(), input.byte()};
+    const auto picture =
+        platform::makeJpegPicture({input.rest.begin(), input.rest.end()}, announced);
+    if (!picture.write)
+        return;
+    require(picture.width <= announced.width && picture.height <= announced.height, "it fits");
+    for (const std::uint32_t pixel : pixelsOf(picture))
+        require(pixel >> 24U == 0xFF, "it is opaque");
+}
+
 }  // namespace
 
 // The main loop is the toolkit's, which has no part in this.
@@ -107,7 +120,7 @@ std::unique_ptr<platform::DescriptorWatch> platform::watchReadable(int /*descrip
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static constexpr void (*parts[])() = {sendAnyRequest, followDevices, lookAtUsb};
+    static constexpr void (*parts[])() = {sendAnyRequest, followDevices, lookAtUsb, showAnyImage};
     input.rest = {data, size};
     descriptorReady = nullptr;
     input.oneOf(parts)();

@@ -39,18 +39,22 @@ class AVCaptureSession::FrameSlot : public platform::VideoSink,
             });
     }
 
-    void failed(std::string reason) override {
-        platform::postToMainThread([slot = weak_from_this(), reason = std::move(reason)] {
-            if (!slot.expired())
-                NSLog("ERROR: trying to open camera: %@", reason);
-        });
-    }
+    void noted(std::string remark) override { log(std::move(remark)); }
+
+    void failed(std::string reason) override { log("ERROR: trying to open camera: " + reason); }
 
     std::shared_ptr<const platform::VideoFrame> shown() const { return shown_; }
 
     void watch(std::weak_ptr<CALayer> watcher) { watchers_.push_back(std::move(watcher)); }
 
   private:
+    void log(std::string line) {
+        platform::postToMainThread([slot = weak_from_this(), line = std::move(line)] {
+            if (!slot.expired())
+                NSLog("%@", line);
+        });
+    }
+
     void show() {
         {
             const std::lock_guard lock(mutex_);

@@ -27,6 +27,9 @@ class VideoSink {
     /// Takes the next picture, at once: the source waits meanwhile.
     virtual void frame(VideoFrame frame) = 0;
 
+    /// Takes a sentence for a person about the pictures, which go on.
+    virtual void noted(std::string remark) = 0;
+
     /// The source has stopped by itself; `reason` is a sentence for a person. Sent at most once.
     virtual void failed(std::string reason) = 0;
 };

@@ -15,6 +15,12 @@ void PreviewLink::deliver(VideoFrame frame) {
         sink_.frame(std::move(frame));
 }
 
+void PreviewLink::leaveOut() {
+    const std::lock_guard lock(mutex_);
+    if (!std::exchange(hasLeftOut_, true) && !isCut())
+        sink_.noted("The camera has sent a damaged picture; such pictures are left out.");
+}
+
 void PreviewLink::fail(std::string reason) {
     const std::lock_guard lock(mutex_);
     if (failure_.empty())

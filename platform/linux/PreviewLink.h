@@ -22,6 +22,9 @@ class PreviewLink {
 
     void deliver(VideoFrame frame);
 
+    /// Tells the sink that a damaged picture is left out, for the first one.
+    void leaveOut();
+
     /// Keeps the first failure: those that follow are its consequences.
     void fail(std::string reason);
     std::string failure() const;
@@ -37,6 +40,7 @@ class PreviewLink {
     mutable std::mutex mutex_;  // guards all below, and held while the sink is called
     std::condition_variable_any changed_;
     VideoSink& sink_;
+    bool hasLeftOut_ = false;
     std::string failure_;
 };
 

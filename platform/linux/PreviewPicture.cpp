@@ -5,8 +5,10 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "platform/backend/OpaqueRows.h"
+#include "platform/linux/JpegPicture.h"
 
 namespace platform {
 namespace {
@@ -77,7 +79,7 @@ class MappedSample {
 /// buffers back.
 GstSamplePtr inOwnMemory(GstSamplePtr sample) {
     GstBuffer* buffer = gst_sample_get_buffer(sample.get());
-    if (buffer == nullptr || gst_buffer_n_memory(buffer) == 0 ||
+    if (gst_buffer_n_memory(buffer) == 0 ||
         gst_memory_is_type(gst_buffer_peek_memory(buffer, 0), GST_ALLOCATOR_SYSMEM))
         return sample;
     const GstBufferPtr copy(gst_buffer_copy_deep(buffer));
@@ -85,10 +87,28 @@ GstSamplePtr inOwnMemory(GstSamplePtr sample) {
         gst_sample_new(copy.get(), gst_sample_get_caps(sample.get()), nullptr, nullptr));
 }
 
+VideoFrame makeRawPicture(GstSamplePtr sample) {
+    const auto mapped = std::make_shared<MappedSample>(inOwnMemory(std::move(sample)));
+    if (!mapped->isMapped())
+        return {};
+    return {mapped->width(), mapped->height(),
+            [mapped](std::byte* pixels, int bytesPerLine) { mapped->write(pixels, bytesPerLine); }};
+}
+
+/// The data is copied: it may be shown for long as well, and is short.
+VideoFrame makePictureOf(GstBuffer* jpeg, const GstStructure* form) {
+    VideoLimits announced;
+    gst_structure_get(form, "width", G_TYPE_INT, &announced.width, "height", G_TYPE_INT,
+                      &announced.height, nullptr);
+    std::vector<std::uint8_t> image(gst_buffer_get_size(jpeg));
+    gst_buffer_extract(jpeg, 0, image.data(), image.size());
+    return makeJpegPicture(std::move(image), announced);
+}
+
 }  // namespace
 
 GstCapsPtr readablePictures(const VideoLimits& limits) {
-    GstCapsPtr caps(gst_caps_from_string("video/x-raw,format={I420,Y42B,BGRx,BGRA}"));
+    GstCapsPtr caps(gst_caps_from_string("video/x-raw,format={I420,Y42B,BGRx,BGRA}; image/jpeg"));
     gst_caps_set_simple(caps.get(), "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, "width",
                         GST_TYPE_INT_RANGE, 1, limits.width, "height", GST_TYPE_INT_RANGE, 1,
                         limits.height, nullptr);
@@ -96,11 +116,13 @@ GstCapsPtr readablePictures(const VideoLimits& limits) {
 }
 
 VideoFrame makePicture(GstSamplePtr sample) {
-    const auto mapped = std::make_shared<MappedSample>(inOwnMemory(std::move(sample)));
-    if (!mapped->isMapped())
+    const GstCaps* caps = gst_sample_get_caps(sample.get());
+    GstBuffer* buffer = gst_sample_get_buffer(sample.get());
+    if (caps == nullptr || buffer == nullptr)
         return {};
-    return {mapped->width(), mapped->height(),
-            [mapped](std::byte* pixels, int bytesPerLine) { mapped->write(pixels, bytesPerLine); }};
+    const GstStructure* form = gst_caps_get_structure(caps, 0);
+    return gst_structure_has_name(form, "image/jpeg") ? makePictureOf(buffer, form)
+                                                      : makeRawPicture(std::move(sample));
 }
 
 }  // namespace platform

@@ -17,23 +17,32 @@
 namespace platform {
 namespace {
 
+bool isDamaged(const GstBuffer* buffer) {
+    return GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
+}
+
 /// Leaves a picture out that arrived damaged: not every decoder hands the mark on.
-GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /*unused*/) {
-    return GST_BUFFER_FLAG_IS_SET(GST_PAD_PROBE_INFO_BUFFER(info), GST_BUFFER_FLAG_CORRUPTED)
-               ? GST_PAD_PROBE_DROP
-               : GST_PAD_PROBE_OK;
+GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer link) {
+    if (!isDamaged(GST_PAD_PROBE_INFO_BUFFER(info)))
+        return GST_PAD_PROBE_OK;
+    static_cast<PreviewLink*>(link)->leaveOut();
+    return GST_PAD_PROBE_DROP;
 }
 
 /// Hands the picture that waits in the sink on, unless a decoder made it of damaged data.
-GstFlowReturn takeSample(GstAppSink* from, gpointer link) {
+GstFlowReturn takeSample(GstAppSink* from, gpointer target) {
+    auto& link = *static_cast<PreviewLink*>(target);
     GstSamplePtr sample(gst_app_sink_pull_sample(from));
-    if (!sample)
+    const GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
+    if (buffer == nullptr)
         return GST_FLOW_OK;
-    const GstBuffer* buffer = gst_sample_get_buffer(sample.get());
-    if (buffer == nullptr || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED))
-        return GST_FLOW_OK;
-    if (VideoFrame picture = makePicture(std::move(sample)); picture.write)
-        static_cast<PreviewLink*>(link)->deliver(std::move(picture));
+    VideoFrame picture;
+    if (!isDamaged(buffer))
+        picture = makePicture(std::move(sample));
+    if (picture.write)
+        link.deliver(std::move(picture));
+    else
+        link.leaveOut();
     return GST_FLOW_OK;
 }
 
@@ -102,9 +111,9 @@ class Pipeline {
             return;
         }
         if (mode.kind->picturesStandAlone)
-            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, nullptr, nullptr);
-        if (!link_.isCut() && appendFilter(mode.caps.get()) && appendDecoder(*mode.kind) &&
-            appendConverter() && appendSink(limits))
+            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, &link_, nullptr);
+        if (!link_.isCut() && appendFilter(mode.caps.get()) && appendDecoding(mode, limits) &&
+            appendSink(limits))
             enter(GST_STATE_PLAYING);
     }
 
@@ -138,6 +147,13 @@ class Pipeline {
         if (filter != nullptr)
             g_object_set(filter, "caps", caps, nullptr);
         return filter != nullptr;
+    }
+
+    /// What can be read as it comes needs nothing in between.
+    bool appendDecoding(const PreviewMode& mode, const VideoLimits& limits) {
+        const GstCapsPtr readable = readablePictures(limits);
+        return gst_caps_can_intersect(mode.caps.get(), readable.get()) ||
+               (appendDecoder(*mode.kind) && appendConverter());
     }
 
     /// A decoder goes on after any number of broken pictures, and holds none back.

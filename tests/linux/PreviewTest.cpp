@@ -54,25 +54,41 @@ struct Recorder : VideoSink {
         frames.push_back(std::move(frame));
         shown.release();
     }
+    void noted(std::string remark) override { remarks.push_back(std::move(remark)); }
     void failed(std::string reason) override {
         reasons.push_back(std::move(reason));
         ended.release();
     }
     std::vector<VideoFrame> frames;
+    std::vector<std::string> remarks;
     std::vector<std::string> reasons;
     std::counting_semaphore<> shown{0};
     std::counting_semaphore<> ended{0};
 };
 
-/// Makes 20 pictures unreadable, more than a decoder bears by itself, and marks the next one.
+/// Makes 20 pictures unreadable, more than a decoder bears by itself, marks the next one, has the
+/// one after it say that it comes in several scans, and the third that it is far larger. The fourth
+/// is sound, but lacks the usual Huffman tables, as many cameras' do.
 GstPadProbeReturn damage(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /*unused*/) {
     GstBuffer* buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
-    const auto number = GST_BUFFER_PTS(buffer) / (33 * GST_MSECOND);
-    if (number < 20)
-        gst_buffer_memset(buffer, 0, 0xFF, gst_buffer_get_size(buffer));
-    else if (number == 20)
-        GST_BUFFER_FLAG_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
     GST_PAD_PROBE_INFO_DATA(info) = buffer;
+    const auto number = GST_BUFFER_PTS(buffer) / (33 * GST_MSECOND);
+    std::string image(gst_buffer_get_size(buffer), '\xFF');
+    if (number >= 20)
+        gst_buffer_extract(buffer, 0, image.data(), image.size());
+    const auto size = image.find("\xFF\xC0") + 5;
+    const auto tables = image.find("\xFF\xC4");
+    const auto scan = image.find("\xFF\xDA");
+    if (number == 20)
+        GST_BUFFER_FLAG_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
+    else if (number == 21)
+        image.replace(scan, 14, "\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00", 10);
+    else if (number == 22)
+        image.replace(size, 4, "\x06\x00\x06\x00", 4);
+    else if (number == 23)
+        image.erase(tables, scan - tables);
+    gst_buffer_fill(buffer, 0, image.data(), image.size());
+    gst_buffer_set_size(buffer, static_cast<gssize>(image.size()));
     return GST_PAD_PROBE_OK;
 }
 
@@ -112,6 +128,7 @@ TEST(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
         source.reset();
         EXPECT_THAT(recorder.reasons, ElementsAre(HasSubstr(reason)));
         EXPECT_EQ(recorder.frames.size(), pictures);
+        EXPECT_EQ(recorder.remarks.size(), stream.ends_with("damaged") ? 1U : 0U);
         for (const VideoFrame& frame : recorder.frames) {
             EXPECT_EQ(frame.width, expected.width);
             EXPECT_EQ(frame.height, expected.height);
