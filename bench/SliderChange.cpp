@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QSignalBlocker>
 #include <QTabWidget>
 #include <algorithm>
 #include <atomic>
@@ -84,12 +85,6 @@ class Bench {
         plugged_.camera().setFaults({.delay = std::max(time, std::chrono::milliseconds(1))});
     }
 
-    /// Moves a slider and handles all that follows from it.
-    void move(QSlider& slider, int number) {
-        slider.setValue(number);
-        QCoreApplication::processEvents();
-    }
-
     /// Shows a page, and returns a slider of it.
     QSlider& slider(const char* name, int page) {
         window_.window().findChild<QTabWidget*>()->setCurrentIndex(page);
@@ -124,16 +119,18 @@ class Bench {
 };
 
 /// Calls `change` with 1 and 2 by turns. Each call must send `requests` requests, and is timed
-/// until the camera has answered the last one of them.
-template <class Change>
-void measure(benchmark::State& state, std::size_t requests, Change change) {
+/// until the camera has answered the last one of them. Before each, `rest` lets the window do what
+/// it does between two changes: the camera and the kernel have slept a while then.
+template <class Rest, class Change>
+void measure(benchmark::State& state, std::size_t requests, Rest rest, Change change) {
     Bench& bench = Bench::get();
     bench.answerAfter(std::chrono::milliseconds(state.range(0)));
     change(3);  // the first use of a control asks the camera for more
-    bench.requests();
     int number = 1;
     for ([[maybe_unused]] auto iteration : state) {
         number = 3 - number;
+        rest(number);
+        bench.requests();
         const auto start = Bench::Clock::now();
         change(number);
         state.SetIterationTime(std::chrono::duration<double>(bench.answered() - start).count());
@@ -142,32 +139,52 @@ void measure(benchmark::State& state, std::size_t requests, Change change) {
     }
 }
 
+/// Changes the number of a slider in the window, which sends it.
+void measureWindow(benchmark::State& state, std::size_t requests, QSlider& slider) {
+    measure(
+        state, requests, [](int /*number*/) { QCoreApplication::processEvents(); },
+        [&](int number) {
+            slider.setValue(number);
+            QCoreApplication::processEvents();
+        });
+}
+
+/// Sends a number with a bare request, while the same slider moves and sends nothing.
+template <class Set>
+void measureBare(benchmark::State& state, std::size_t requests, QSlider& slider, Set set) {
+    Node node;
+    measure(
+        state, requests,
+        [&](int number) {
+            const QSignalBlocker quiet(slider);
+            slider.setValue(number);
+            QCoreApplication::processEvents();
+        },
+        [&](int number) { set(node, number); });
+}
+
 void windowBrightness(benchmark::State& state) {
-    QSlider& slider = Bench::get().slider("m_sliderBright", 1);
-    measure(state, 1, [&](int number) { Bench::get().move(slider, number); });
+    measureWindow(state, 1, Bench::get().slider("m_sliderBright", 1));
 }
 
 void bareBrightness(benchmark::State& state) {
-    Bench::get();
-    Node node;
-    measure(state, 1, [&](int number) { node.setBrightness(number); });
+    measureBare(state, 1, Bench::get().slider("m_sliderBright", 1),
+                [](Node& node, int number) { node.setBrightness(number); });
 }
 
 void windowNoiseReduction(benchmark::State& state) {
-    QSlider& slider = Bench::get().slider("m_SliderNR2D", 0);
-    measure(state, 2, [&](int number) { Bench::get().move(slider, number); });
+    measureWindow(state, 2, Bench::get().slider("m_SliderNR2D", 0));
 }
 
 void bareNoiseReduction(benchmark::State& state) {
-    Bench::get();
-    Node node;
-    measure(state, 2, [&](int number) { node.setNoiseReduction(number); });
+    measureBare(state, 2, Bench::get().slider("m_SliderNR2D", 0),
+                [](Node& node, int number) { node.setNoiseReduction(number); });
 }
 
-BENCHMARK(windowBrightness)->Arg(0)->Arg(5)->UseManualTime();
-BENCHMARK(bareBrightness)->Arg(0)->Arg(5)->UseManualTime();
-BENCHMARK(windowNoiseReduction)->Arg(0)->Arg(5)->UseManualTime();
-BENCHMARK(bareNoiseReduction)->Arg(0)->Arg(5)->UseManualTime();
+BENCHMARK(windowBrightness)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
+BENCHMARK(bareBrightness)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
+BENCHMARK(windowNoiseReduction)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
+BENCHMARK(bareNoiseReduction)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
 
 }  // namespace
 

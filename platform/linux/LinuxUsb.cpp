@@ -60,18 +60,21 @@ class LinuxUsbInterface : public UsbInterface {
     Descriptor descriptor() const override { return descriptor_; }
 
     /// The node stays open between two requests: it shuts nobody out, and to look it up again takes
-    /// many times as long as a request. Whether the camera is still there is asked each time, and
-    /// `giveUp` closes it for good.
+    /// many times as long as a request. It is closed when a request finds that the camera has gone,
+    /// or by `giveUp`.
     IOReturn open() override {
-        std::string card;
-        const bool isThere = node_.isOpen() && capturesVideo(node_, card);
-        const IOReturn status = isThere ? kIOReturnSuccess : openNode();
+        const IOReturn status = node_.isOpen() ? kIOReturnSuccess : openNode();
         isOpen_ = status == kIOReturnSuccess;
         return status;
     }
 
     IOReturn controlRequest(IOUSBDevRequest& request) override {
-        return isOpen_ ? performControlRequest(node_, request) : EBADF;
+        if (!isOpen_)
+            return EBADF;
+        const IOReturn status = performControlRequest(node_, request);
+        if (status == ENODEV)
+            node_.close();
+        return status;
     }
 
     IOReturn close() override {
