@@ -18,6 +18,7 @@
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "camera/CameraFunctions.h"
 #include "devices/CameraList.h"
@@ -120,23 +121,28 @@ class Bench {
 
 /// Calls `change` with 1 and 2 by turns. Each call must send `requests` requests, and is timed
 /// until the camera has answered the last one of them. Before each, `rest` lets the window do what
-/// it does between two changes: the camera and the kernel have slept a while then.
+/// it does between two changes: the camera and the kernel have slept a while then. The counter
+/// "median" is the median of all changes in seconds, which an interruption by others does not move.
 template <class Rest, class Change>
 void measure(benchmark::State& state, std::size_t requests, Rest rest, Change change) {
     Bench& bench = Bench::get();
     bench.answerAfter(std::chrono::milliseconds(state.range(0)));
     change(3);  // the first use of a control asks the camera for more
     int number = 1;
+    std::vector<double> times;
     for ([[maybe_unused]] auto iteration : state) {
         number = 3 - number;
         rest(number);
         bench.requests();
         const auto start = Bench::Clock::now();
         change(number);
-        state.SetIterationTime(std::chrono::duration<double>(bench.answered() - start).count());
+        times.push_back(std::chrono::duration<double>(bench.answered() - start).count());
+        state.SetIterationTime(times.back());
         if (bench.requests() != requests)
             state.SkipWithError("not the requests that were to be measured");
     }
+    std::ranges::sort(times);
+    state.counters["median"] = times.at(times.size() / 2);
 }
 
 /// Changes the number of a slider in the window, which sends it.

@@ -10,7 +10,7 @@ namespace platform {
 /// Makes a picture of a JPEG image (ISO/IEC 10918-1) of a camera that has announced pictures of
 /// size `announced`; a larger one is made to fit, down to half its size. It is decoded whenever it
 /// is written. There is no `write` for what is no image, for one that is larger still, and for one
-/// in several scans: those that cameras send have one (UVC 1.1, Payload MJPEG, 3.1), and a crafted
+/// in several scans: those that cameras send have one (UVC 1.1, Motion-JPEG Payload), and a crafted
 /// one could keep its painter busy for minutes.
 VideoFrame makeJpegPicture(std::vector<std::uint8_t> image, const VideoLimits& announced);
 
