@@ -20,12 +20,11 @@ void awaitPreviewsEnd(WindowBench& bench) {
     EXPECT_TRUE(WindowBench::waitUntil([&] { return bench.log().count(previewFailed) > 0; }));
 }
 
-/// A button that exchanges many requests with the camera, and how many of them lie between those at
-/// which the camera is pulled out.
-class PulledOut : public testing::TestWithParam<std::pair<std::string, int>> {};
+/// A button that exchanges many requests with the camera.
+class PulledOut : public testing::TestWithParam<std::string> {};
 
 TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
-    const std::string& button = GetParam().first;
+    const std::string& button = GetParam();
     WindowBench bench;
     bench.pressOpen();
     const auto logged = [&](std::string_view start) { return bench.log().count(start); };
@@ -40,7 +39,7 @@ TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
     press(std::nullopt);
     const auto all = static_cast<int>(bench.requests().size());
     ASSERT_GT(all, 10);
-    for (int n = 0; n < all; n += GetParam().second) {
+    for (int n = 0; n < all; ++n) {
         SCOPED_TRACE(testing::Message() << "after " << n << " of " << all << " requests");
         press(n);
         EXPECT_THAT(bench.requests(), testing::SizeIs(n));
@@ -63,11 +62,8 @@ TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
     }
 }
 
-// A restore reads what an open reads, and each time a whole picture is waited for.
 INSTANTIATE_TEST_SUITE_P(EnduranceTest, PulledOut,
-                         testing::Values(std::pair("OnBtnOpenCamera:", 1),
-                                         std::pair("OnBtnRestore:", 4),
-                                         std::pair("OnBtnUvcDefault:", 1)));
+                         testing::Values("OnBtnOpenCamera:", "OnBtnRestore:", "OnBtnUvcDefault:"));
 
 // QUELVO_PLUGS sets how often the camera is plugged in after the first ten times; a thousand times
 // take too long for every run.
