@@ -86,11 +86,14 @@ class Desk:
         self.click(next(choice for choice in children(choices) if choice.get_name() == item))
 
     def answer(self, question, key):
-        """Answers a box by a key, and waits until it is gone."""
+        """Answers a box by a key, and waits until it is gone. Only then does the key come up: of
+        one that assistive technology has not answered for when its window goes, the toolkit loses
+        the memory."""
         self.find("label", question)
         self.until(lambda: self._active_window() != self.window)
-        self.hand("key", key)
+        self.hand("keydown", key)
         self.until(lambda: self._active_window() == self.window)
+        self.hand("keyup", key)
 
     def click(self, widget):
         self.hand("mousemove", *middle(widget), "click", 1)
@@ -116,9 +119,10 @@ class Desk:
         return [tuple(pixels[i:i + 3]) for i in range(0, len(pixels), 3)]
 
     def end(self):
-        """Closes the window, and returns the program's exit status and its log. The keys stay
-        down: the toolkit loses the memory of a release that comes as the program ends."""
-        self.hand("keydown", "alt", "keydown", "F4")
+        """Closes the window by its title bar, as no key may be under way (see `answer`), and returns
+        the program's exit status and its log."""
+        area = extents(self.window)
+        self.hand("mousemove", area.x + area.width - 8, area.y - 10, "click", 1)
         status = self._process.wait(SECONDS)
         self._log.seek(0)
         return status, self._log.readlines()

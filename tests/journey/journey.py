@@ -124,7 +124,8 @@ def restore(desk):
 
 def leave(desk):
     status, log = desk.end()
-    assert (status, [line for line in log if not LOG.fullmatch(line)]) == (0, [])
+    strange = [line for line in log if not LOG.fullmatch(line)]
+    assert (status, strange) == (0, []), f"ended with {status}: {''.join(strange)}"
 
 
 desk_of_journey = Desk(sys.argv[1])
