@@ -16,12 +16,17 @@ namespace platform {
 
 namespace {
 
-/// The place of a picture in `area`: its middle, as large as fits. In whole pixels, so that a
-/// picture of just that size is copied and not scaled.
+/// The place of a picture in `area`: its middle, as large as fits. For a few pixels more it is not
+/// scaled, so that it stays sharp and can be decoded where it is seen.
 QRect placeFor(const VideoFrame& frame, const QRect& area) {
-    QRect place(QPoint(),
-                QSize(frame.width, frame.height).scaled(area.size(), Qt::KeepAspectRatio));
+    constexpr int step = ImageView::kPixelsAtOnce;
+    const QSize size(frame.width, frame.height);
+    const QSize largest = size.scaled(area.size(), Qt::KeepAspectRatio);
+    const int more = largest.width() - size.width();
+    QRect place(QPoint(), more >= 0 && more < step ? size : largest);
     place.moveCenter(area.center());
+    if (place.size() == size)
+        place.moveLeft(place.left() / step * step);
     return place;
 }
 

@@ -91,8 +91,10 @@ InterfaceWindow::InterfaceWindow(NSViewController& controller, std::unique_ptr<Q
     : controller_(controller),
       window_(std::move(window)),
       actions_(std::make_unique<Actions>(controller, *window_)) {
-    // As wide as the preview needs for the pixels of a picture, one by one.
-    window_->resize(window_->sizeHint().width(), window_->height());
+    // As wide as the preview needs for the pixels of a picture, one by one, and with all rows of
+    // the window's memory laid out alike for the decoder.
+    constexpr int step = ImageView::kPixelsAtOnce;
+    window_->resize((window_->sizeHint().width() + step - 1) / step * step, window_->height());
     guardWheel(*window_);
     nameLists(*window_);
     connectOutlets();

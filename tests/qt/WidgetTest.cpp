@@ -161,12 +161,21 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         EXPECT_EQ(shown.pixelColor(2, middle), QColor(Qt::red));
         EXPECT_EQ(shown.pixelColor(widget.width() - 3, middle + half - 3), QColor(Qt::red));
         EXPECT_EQ(shown.pixelColor(widget.width() / 2, middle - half - 3), QColor(Qt::green));
-        // A picture of the place's own size is written into the window's memory.
+        // A picture of nearly the place's own size is written into the window's memory.
+        const auto& memory = dynamic_cast<QImage&>(*widget.backingStore()->paintDevice());
+        layer->width = widget.width() - 3;
+        layer->height = 477;
+        layer->setNeedsDisplay();
+        QCoreApplication::processEvents();
+        const auto* first = static_cast<const uchar*>(layer->written);
+        ASSERT_TRUE(first > memory.constBits() &&
+                    first < memory.constScanLine(memory.height() - 1));
+        EXPECT_EQ((first - memory.constBits()) % 32, 0);
+        EXPECT_EQ(memory.bytesPerLine() % 32, 0);
         layer->width = widget.width();
         layer->height = widget.width() / 4;
         layer->setNeedsDisplay();
         QCoreApplication::processEvents();
-        const auto& memory = dynamic_cast<QImage&>(*widget.backingStore()->paintDevice());
         const auto colour = [&](int x, int y) {
             return memory.pixelColor(widget.mapTo(&bench.window(), QPoint(x, y)));
         };
