@@ -119,78 +119,70 @@ class Bench {
     PluggedCamera plugged_;
 };
 
-/// Calls `change` with 1 and 2 by turns. Each call must send `requests` requests, and is timed
-/// until the camera has answered the last one of them. Before each, `rest` lets the window do what
-/// it does between two changes: the camera and the kernel have slept a while then. The counter
-/// "median" is the median of all changes in seconds, which an interruption by others does not move.
-template <class Rest, class Change>
-void measure(benchmark::State& state, std::size_t requests, Rest rest, Change change) {
+/// The seconds that `change` takes until the camera has answered the last of `requests` requests.
+/// The slider's row is redrawn first: the camera and the kernel have slept for a while then, and as
+/// long for each way to change it.
+template <class Change>
+double timeOf(Change change, const QSlider& slider, std::size_t requests) {
     Bench& bench = Bench::get();
-    bench.answerAfter(std::chrono::milliseconds(state.range(0)));
-    change(3);  // the first use of a control asks the camera for more
-    int number = 1;
-    std::vector<double> times;
-    for ([[maybe_unused]] auto iteration : state) {
-        number = 3 - number;
-        rest(number);
-        bench.requests();
-        const auto start = Bench::Clock::now();
-        change(number);
-        times.push_back(std::chrono::duration<double>(bench.answered() - start).count());
-        state.SetIterationTime(times.back());
-        if (bench.requests() != requests)
-            state.SkipWithError("not the requests that were to be measured");
-    }
+    slider.parentWidget()->update(0, slider.y(), slider.parentWidget()->width(), slider.height());
+    QCoreApplication::processEvents();
+    bench.requests();
+    const auto start = Bench::Clock::now();
+    change();
+    const auto taken = std::chrono::duration<double>(bench.answered() - start).count();
+    if (bench.requests() != requests)
+        throw std::runtime_error("not the requests that were to be measured");
+    return taken;
+}
+
+/// The middle one, which an interruption by others does not move.
+double medianOf(std::vector<double> times) {
     std::ranges::sort(times);
-    state.counters["median"] = times.at(times.size() / 2);
+    return times.at(times.size() / 2);
 }
 
-/// Changes the number of a slider in the window, which sends it.
-void measureWindow(benchmark::State& state, std::size_t requests, QSlider& slider) {
-    measure(
-        state, requests, [](int /*number*/) { QCoreApplication::processEvents(); },
-        [&](int number) {
-            slider.setValue(number);
-            QCoreApplication::processEvents();
-        });
-}
-
-/// Sends a number with a bare request, while the same slider moves and sends nothing.
+/// Changes the number of a slider in the window, which sends it, and by turns with that the
+/// camera's by `setBare`, while the same slider moves and sends nothing. Each takes `requests`
+/// requests. The counters "window" and "bare" are the medians in seconds: what else the machine
+/// does meets both alike.
 template <class Set>
-void measureBare(benchmark::State& state, std::size_t requests, QSlider& slider, Set set) {
+void measure(benchmark::State& state, QSlider& slider, std::size_t requests, Set setBare) {
+    Bench::get().answerAfter(std::chrono::milliseconds(state.range(0)));
     Node node;
-    measure(
-        state, requests,
-        [&](int number) {
-            const QSignalBlocker quiet(slider);
-            slider.setValue(number);
-            QCoreApplication::processEvents();
-        },
-        [&](int number) { set(node, number); });
+    setBare(node, 3);  // the first use of a control asks the camera for more
+    const auto setInWindow = [&] {
+        slider.setValue(1);
+        QCoreApplication::processEvents();
+    };
+    const auto setInCamera = [&] {
+        setBare(node, 2);
+        const QSignalBlocker quiet(slider);
+        slider.setValue(2);
+        QCoreApplication::processEvents();
+    };
+    std::vector<double> window;
+    std::vector<double> bare;
+    for ([[maybe_unused]] auto iteration : state) {
+        window.push_back(timeOf(setInWindow, slider, requests));
+        bare.push_back(timeOf(setInCamera, slider, requests));
+    }
+    state.counters["window"] = medianOf(std::move(window));
+    state.counters["bare"] = medianOf(std::move(bare));
 }
 
-void windowBrightness(benchmark::State& state) {
-    measureWindow(state, 1, Bench::get().slider("m_sliderBright", 1));
+void brightness(benchmark::State& state) {
+    measure(state, Bench::get().slider("m_sliderBright", 1), 1,
+            [](Node& node, int number) { node.setBrightness(number); });
 }
 
-void bareBrightness(benchmark::State& state) {
-    measureBare(state, 1, Bench::get().slider("m_sliderBright", 1),
-                [](Node& node, int number) { node.setBrightness(number); });
+void noiseReduction(benchmark::State& state) {
+    measure(state, Bench::get().slider("m_SliderNR2D", 0), 2,
+            [](Node& node, int number) { node.setNoiseReduction(number); });
 }
 
-void windowNoiseReduction(benchmark::State& state) {
-    measureWindow(state, 2, Bench::get().slider("m_SliderNR2D", 0));
-}
-
-void bareNoiseReduction(benchmark::State& state) {
-    measureBare(state, 2, Bench::get().slider("m_SliderNR2D", 0),
-                [](Node& node, int number) { node.setNoiseReduction(number); });
-}
-
-BENCHMARK(windowBrightness)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
-BENCHMARK(bareBrightness)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
-BENCHMARK(windowNoiseReduction)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
-BENCHMARK(bareNoiseReduction)->Arg(0)->Arg(1)->Arg(5)->UseManualTime();
+BENCHMARK(brightness)->Arg(0)->Arg(1)->Arg(5)->Iterations(200);
+BENCHMARK(noiseReduction)->Arg(0)->Arg(1)->Arg(5)->Iterations(200);
 
 }  // namespace
 

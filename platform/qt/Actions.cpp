@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QEvent>
 #include <algorithm>
+#include <utility>
 
 #include "platform/NSViewController.h"
 #include "platform/qt/WidgetPeer.h"
@@ -60,11 +61,19 @@ bool Actions::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Actions::sendSoon(Target& target) {
-    // A posted event comes after the input that is there already, and before anything is painted.
-    if (waiting_.empty())
-        QMetaObject::invokeMethod(this, &Actions::flush, Qt::QueuedConnection);
     if (std::ranges::find(waiting_, &target) == waiting_.end())
         waiting_.push_back(&target);
+    if (!std::exchange(isBehind_, true))
+        catchUp();
+}
+
+void Actions::catchUp() {
+    isBehind_ = !waiting_.empty();
+    if (!isBehind_)
+        return;
+    flush();
+    // A posted event comes after the input that has come meanwhile, and before anything is painted.
+    QMetaObject::invokeMethod(this, &Actions::catchUp, Qt::QueuedConnection);
 }
 
 void Actions::sendNow(Target& target) {

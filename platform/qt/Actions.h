@@ -11,10 +11,10 @@ struct NSAction;
 
 namespace platform {
 
-/// Sends the actions of a window's widgets to its controller, however the user works them. A
-/// slider's action waits until the input that is queued already has been handled: each action
-/// blocks the main thread while the camera answers, and positions that the hand has left by then
-/// are not worth sending. The last one always is, and the order between widgets is kept.
+/// Sends the actions of a window's widgets to its controller, however the user works them. Each
+/// blocks the main thread while the camera answers. A slider's next one waits until the input that
+/// has come meanwhile has been handled: positions that the hand has left by then are not worth
+/// sending. The last one always is, and the order between widgets is kept.
 class Actions : public QObject {
   public:
     Actions(NSViewController& controller, QWidget& window);
@@ -38,12 +38,14 @@ class Actions : public QObject {
 
     void connectSlider(QAbstractSlider& slider, Target& target);
     void sendSoon(Target& target);
+    void catchUp();
     void sendNow(Target& target);
     void perform(const Target& target);
 
     NSViewController& controller_;
     std::vector<std::unique_ptr<Target>> targets_;
     std::vector<const Target*> waiting_;
+    bool isBehind_ = false;  // input may have come while a slider's action was sent
 };
 
 }  // namespace platform

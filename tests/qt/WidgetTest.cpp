@@ -37,6 +37,13 @@ class ActionTest : public testing::Test {
         QAccessible::queryAccessibleInterface(&slider)->valueInterface()->setCurrentValue(value);
     }
 
+    /// Leaves the slider at a value whose action waits.
+    void moveTwice(int value) {
+        setByAssistance(1);
+        bench.requests();
+        setByAssistance(value);
+    }
+
     /// What was sent to the camera once all that is queued has been handled.
     std::vector<std::string> sent() {
         QCoreApplication::processEvents();
@@ -64,21 +71,24 @@ TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
     EXPECT_THAT(sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
 }
 
-TEST_F(ActionTest, AWaitingActionIsSentOnceAndBeforeAllElse) {
+TEST_F(ActionTest, OnlyTheFirstActionGoesAtOnceAndOneThatWaitsGoesOnceAndBeforeAllElse) {
     setByAssistance(41);
-    setByAssistance(42);  // the one before is not worth sending any more
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2a 00"));
-    setByAssistance(5);
+    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 29 00"));
+    setByAssistance(42);
+    setByAssistance(43);  // the one before is not worth sending any more
+    EXPECT_THAT(bench.requests(), IsEmpty());
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
+    moveTwice(5);
     bench.button("m_btn50HZ").click();
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
-    setByAssistance(7);
+    moveTwice(7);
     bench.controller().m_sliderBright.setIntValue(9);
     EXPECT_EQ(slider.value(), 9);
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 07 00")) << "9 is the program's own";
-    setByAssistance(8);
+    moveTwice(8);
     bench.window().close();
     EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
-    setByAssistance(6);
+    moveTwice(6);
     bench.stop();  // the window goes
     EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
 }
@@ -91,11 +101,10 @@ TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
     });
     slider.setSliderDown(true);
     slider.setSliderPosition(60);
-    slider.setSliderPosition(61);
-    QCoreApplication::processEvents();
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | b4 00"));
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
+    slider.setSliderPosition(199);
     slider.setSliderPosition(200);
-    EXPECT_THAT(bench.requests(), IsEmpty());
+    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | c7 00"));
     slider.setSliderDown(false);
     EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
 }
