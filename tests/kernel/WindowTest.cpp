@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "devices/CaptureSession.h"
@@ -129,6 +130,27 @@ TEST_F(Window, ACameraThatMayNotBeUsedYetIsListedAndWorksOnceItMay) {
     EXPECT_EQ(log.count(kPreviewFailed), 1);
 }
 
+TEST_F(Window, ADriverThatLetsGoOfACameraAndTakesItBackIsLikeACableThatDoes) {
+    const auto plugged = plug(studioCamera(), 0);
+    clickOpen();
+    awaitPicture();
+    const std::filesystem::path driver = "/sys/bus/usb/drivers/uvcvideo";
+    const auto node = "/sys/class/video4linux/" + *videoNodes().begin() + "/device";
+    const auto interface = std::filesystem::canonical(node).filename().string();
+    std::ofstream(driver / "unbind") << interface;
+    EXPECT_TRUE(waitForCameras(0));
+    EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) == 1; }));
+    moveSlider("m_sliderBright", 3);
+    EXPECT_EQ(log.count(kRequestFailed), 1);
+    std::ofstream(driver / "bind") << interface;
+    EXPECT_TRUE(waitForCameras(1));
+    clickOpen();
+    EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
+    awaitPicture();
+    EXPECT_EQ(log.count(kPreviewFailed), 1);
+    EXPECT_EQ(log.count(kRequestFailed), 1);
+}
+
 // The next one in the port is another camera, of which the open channel knows nothing.
 TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
@@ -159,8 +181,10 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
 }
 
 // From the first request, over the preview's start and the page load, to the moves of a slider.
+// QUELVO_SWEEP=1 takes it at every request, which takes long.
 TEST_F(Window, PulledOutAtAnyMomentItIsToldAndTheNextOpenWorks) {
-    for (const unsigned answered : {0U, 9U, 30U, 60U, 90U, 120U}) {
+    const unsigned step = qEnvironmentVariableIsSet("QUELVO_SWEEP") ? 1 : 30;
+    for (unsigned answered = 0; answered <= 120; answered += step) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
         const auto plugged = plug(studioCamera(), 0);
         log.take();
