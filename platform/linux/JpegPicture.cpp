@@ -78,8 +78,8 @@ class Decoder {
 
     void decode(std::byte* pixels, int bytesPerLine) {
         info_.out_color_space = JCS_EXT_BGRA;
-        // Nobody sees at this size whether the colours between two samples are interpolated, nor
-        // the last bit of a transformed one.
+        // Nobody sees at this size whether the colours between two samples are interpolated, or
+        // that the transform is the quick one, which is a little less exact.
         info_.do_fancy_upsampling = FALSE;
         info_.dct_method = JDCT_IFAST;
         jpeg_start_decompress(&info_);

@@ -5,7 +5,6 @@
 #include <QComboBox>
 #include <QEvent>
 #include <algorithm>
-#include <utility>
 
 #include "platform/NSViewController.h"
 #include "platform/qt/WidgetPeer.h"
@@ -19,6 +18,10 @@ struct Actions::Target {
 
 Actions::Actions(NSViewController& controller, QWidget& window) : controller_(controller) {
     window.installEventFilter(this);
+    catchingUp_.callOnTimeout([this] {
+        if (--turnsBehind_ == 0)
+            catchingUp_.stop();
+    });
 }
 
 Actions::~Actions() = default;
@@ -50,7 +53,7 @@ void Actions::flush() {
     while (!waiting_.empty()) {
         const Target* next = waiting_.front();
         waiting_.erase(waiting_.begin());
-        perform(*next);
+        performAndCatchUp(*next);
     }
 }
 
@@ -61,19 +64,23 @@ bool Actions::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Actions::sendSoon(Target& target) {
+    if (turnsBehind_ == 0 && waiting_.empty()) {
+        performAndCatchUp(target);
+        return;
+    }
+    // A posted event comes after the input that is there already, and before anything is painted.
+    if (waiting_.empty())
+        QMetaObject::invokeMethod(this, &Actions::flush, Qt::QueuedConnection);
     if (std::ranges::find(waiting_, &target) == waiting_.end())
         waiting_.push_back(&target);
-    if (!std::exchange(isBehind_, true))
-        catchUp();
 }
 
-void Actions::catchUp() {
-    isBehind_ = !waiting_.empty();
-    if (!isBehind_)
-        return;
-    flush();
-    // A posted event comes after the input that has come meanwhile, and before anything is painted.
-    QMetaObject::invokeMethod(this, &Actions::catchUp, Qt::QueuedConnection);
+void Actions::performAndCatchUp(const Target& target) {
+    // A turn of the event loop may take its timers before the display's events.
+    constexpr int kTurns = 2;
+    turnsBehind_ = kTurns;
+    catchingUp_.start(0);
+    perform(target);
 }
 
 void Actions::sendNow(Target& target) {

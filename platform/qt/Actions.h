@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 #include <memory>
 #include <vector>
 
@@ -38,14 +39,16 @@ class Actions : public QObject {
 
     void connectSlider(QAbstractSlider& slider, Target& target);
     void sendSoon(Target& target);
-    void catchUp();
+    void performAndCatchUp(const Target& target);
     void sendNow(Target& target);
     void perform(const Target& target);
 
     NSViewController& controller_;
     std::vector<std::unique_ptr<Target>> targets_;
     std::vector<const Target*> waiting_;
-    bool isBehind_ = false;  // input may have come while a slider's action was sent
+    // The turns of the event loop until the input that came during a slider's action is handled.
+    int turnsBehind_ = 0;
+    QTimer catchingUp_;
 };
 
 }  // namespace platform

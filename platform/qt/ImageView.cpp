@@ -157,12 +157,8 @@ void ImageView::resizeEvent(QResizeEvent* event) {
 
 void ImageView::showChange(const CALayer& changed) {
     const QRect before = std::exchange(picture_, pictureIn(*layer_, QPoint()));
-    // Around a picture in the place of the one before it nothing has changed. It comes alone, so
-    // there is nothing to wait for that could be painted with it.
-    if (changed.contents() && picture_ == before)
-        repaint(picture_);
-    else
-        update();
+    // Around a picture in the place of the one before it nothing has changed.
+    update(changed.contents() && picture_ == before ? picture_ : rect());
 }
 
 void ImageView::fitLayer() {

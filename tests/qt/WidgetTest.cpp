@@ -44,6 +44,12 @@ class ActionTest : public testing::Test {
         setByAssistance(value);
     }
 
+    /// Lets the event loop turn until nothing is left to do.
+    static void rest() {
+        for (int turn = 0; turn < 5; ++turn)
+            QCoreApplication::processEvents();
+    }
+
     /// What was sent to the camera once all that is queued has been handled.
     std::vector<std::string> sent() {
         QCoreApplication::processEvents();
@@ -78,6 +84,10 @@ TEST_F(ActionTest, OnlyTheFirstActionGoesAtOnceAndOneThatWaitsGoesOnceAndBeforeA
     setByAssistance(43);  // the one before is not worth sending any more
     EXPECT_THAT(bench.requests(), IsEmpty());
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
+    moveTwice(4);
+    bench.slider("m_sliderGama").setValue(100);
+    setByAssistance(3);
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
     moveTwice(5);
     bench.button("m_btn50HZ").click();
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
@@ -103,10 +113,32 @@ TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
     slider.setSliderPosition(60);
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
     slider.setSliderPosition(199);
+    bench.requests();
     slider.setSliderPosition(200);
-    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | c7 00"));
+    EXPECT_THAT(bench.requests(), IsEmpty());
     slider.setSliderDown(false);
     EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
+}
+
+// What the hand does meanwhile comes from the display, after what the program has posted itself.
+TEST_F(ActionTest, KeysThatComeWhileTheCameraAnswersAreOneChange) {
+    const auto pressKeys = [&] {
+        for (int i = 0; i < 10; ++i)
+            QCoreApplication::postEvent(
+                &slider, new QKeyEvent(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier));
+    };
+    slider.setSliderPosition(60);
+    rest();
+    bench.requests();
+    bench.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    bench.camera().setWait([&](auto) {
+        if (slider.value() == 61)
+            QMetaObject::invokeMethod(&slider, pressKeys, Qt::QueuedConnection);
+    });
+    QTest::keyClick(&slider, Qt::Key_Right);
+    rest();
+    EXPECT_THAT(bench.requests(),
+                ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
 }
 
 TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
