@@ -3,7 +3,7 @@
 #include "app/RunQuelvo.h"
 #include "platform/backend/Backends.h"
 #include "platform/linux/SystemLog.h"
-#include "virtualcam/DemoBus.h"
+#include "virtualcam/camera/DemoBus.h"
 
 int main(int argc, char** argv) {
     platform::SystemLog log;

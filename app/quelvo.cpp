@@ -2,9 +2,9 @@
 
 #include "app/RunQuelvo.h"
 #include "platform/backend/Backends.h"
-#include "platform/linux/LinuxCapture.h"
-#include "platform/linux/LinuxUsb.h"
 #include "platform/linux/SystemLog.h"
+#include "platform/linux/devices/LinuxCapture.h"
+#include "platform/linux/devices/LinuxUsb.h"
 
 int main(int argc, char** argv) {
     platform::SystemLog log;

@@ -15,8 +15,8 @@
 #include <cstdlib>
 
 #include "platform/backend/Backends.h"
-#include "platform/linux/PreviewPipeline.h"
-#include "tests/support/WindowBench.h"
+#include "platform/linux/preview/PreviewPipeline.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
@@ -112,17 +112,17 @@ int main(int argc, char** argv) {
     const QApplication application(argc, argv);
     if (argc != 3)
         return EXIT_FAILURE;
-    WindowBench bench(virtualcam::studioCamera(), false);
+    WindowFixture fixture(virtualcam::studioCamera(), false);
     Arrivals arrivals;
-    PlayedCapture capture(bench.bus().capture(), argv[1], arrivals);
-    platform::installBackends({&bench.bus().usb(), &capture, &bench.log()});
-    bench.start();
+    PlayedCapture capture(fixture.bus().capture(), argv[1], arrivals);
+    platform::installBackends({&fixture.bus().usb(), &capture, &fixture.log()});
+    fixture.start();
     PaintWatch watch(arrivals);
-    bench.find<QWidget>("m_previewWnd")->installEventFilter(&watch);
-    bench.pressOpen();
+    fixture.find<QWidget>("m_previewWnd")->installEventFilter(&watch);
+    fixture.pressOpen();
     QTimer::singleShot(std::chrono::seconds(std::atoi(argv[2])), &QApplication::quit);
     const int status = QApplication::exec();
-    for (const std::string& line : bench.log().take())
+    for (const std::string& line : fixture.log().take())
         fmt::print(stderr, "{}\n", line);
     watch.report();
     return status;

@@ -20,10 +20,10 @@
 #include <thread>
 #include <vector>
 
-#include "camera/CameraFunctions.h"
+#include "camera/OpenCamera.h"
 #include "devices/CameraList.h"
 #include "tests/kernel/KernelWindow.h"
-#include "virtualcam/DemoBus.h"
+#include "virtualcam/camera/DemoBus.h"
 
 namespace {
 
@@ -53,7 +53,7 @@ class Node {
 
   private:
     void query(std::uint8_t code, std::uint16_t size, std::uint8_t* data) {
-        uvc_xu_control_query query{virtualcam::kVendorUnit, virtualcam::XU_NR2D, code, size, data};
+        uvc_xu_control_query query{extensionUnitID, XU_NR2D, code, size, data};
         request(UVCIOC_CTRL_QUERY, &query);
     }
 

@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "tests/support/WindowBench.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
@@ -76,15 +76,15 @@ struct Drag {
 /// Sees a drag from all three sides: the hand, the slider and the camera.
 class DragWatch : public QObject {
   public:
-    explicit DragWatch(WindowBench& bench)
-        : bench_(bench), slider_(bench.slider("m_sliderBright")) {
-        bench_.camera().setWait([this](std::chrono::milliseconds time) {
+    explicit DragWatch(WindowFixture& fixture)
+        : fixture_(fixture), slider_(fixture.slider("m_sliderBright")) {
+        fixture_.camera().setWait([this](std::chrono::milliseconds time) {
             std::this_thread::sleep_for(time);
             answered_.push_back(Clock::now());
         });
         slider_.setValue(slider_.minimum());
         QCoreApplication::processEvents();
-        bench_.requests();
+        fixture_.requests();
         answered_.clear();
         slider_.installEventFilter(this);
         connect(&slider_, &QSlider::valueChanged, this, [this](int value) { step_[value] = now_; });
@@ -94,10 +94,10 @@ class DragWatch : public QObject {
 
     Drag run() {
         const Hand hand(slider_);
-        if (!WindowBench::waitUntil([this] { return released_; }))
+        if (!WindowFixture::waitUntil([this] { return released_; }))
             throw std::runtime_error("the drag does not end");
         Drag drag{.moved = static_cast<int>(step_.size())};
-        for (const auto& request : bench_.camera().requests()) {
+        for (const auto& request : fixture_.camera().requests()) {
             const auto answered = answered_.at(static_cast<std::size_t>(drag.sent++));
             const auto value =
                 static_cast<std::int16_t>(request.data.at(0) | request.data.at(1) << 8);
@@ -121,7 +121,7 @@ class DragWatch : public QObject {
     }
 
   private:
-    WindowBench& bench_;
+    WindowFixture& fixture_;
     QSlider& slider_;
     std::vector<Clock::time_point> answered_;
     std::map<int, int> step_;  // of the hand, for each position of the slider
@@ -130,13 +130,13 @@ class DragWatch : public QObject {
 };
 
 void dragBrightness(benchmark::State& state) {
-    WindowBench bench;
-    bench.window().findChild<QTabWidget*>()->setCurrentIndex(1);
-    bench.pressOpen();
-    bench.camera().setFaults({.delay = kAnswer});
+    WindowFixture fixture;
+    fixture.window().findChild<QTabWidget*>()->setCurrentIndex(1);
+    fixture.pressOpen();
+    fixture.camera().setFaults({.delay = kAnswer});
     Drag worst{.lastSent = true};
     for ([[maybe_unused]] auto iteration : state) {
-        const Drag drag = DragWatch(bench).run();
+        const Drag drag = DragWatch(fixture).run();
         worst.lastSent = worst.lastSent && drag.lastSent;
         worst.lagAtEnd = std::max(worst.lagAtEnd, drag.lagAtEnd);
         worst.greatestLag = std::max(worst.greatestLag, drag.greatestLag);
@@ -159,16 +159,16 @@ BENCHMARK(dragBrightness)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterati
 /// with the time in which the camera made its answers. It sends no pictures: the built-in camera
 /// would draw them on this processor, and no real one does.
 void openCamera(benchmark::State& state) {
-    WindowBench bench;
+    WindowFixture fixture;
     Milliseconds answers{0};
-    bench.camera().setWait([&answers](std::chrono::milliseconds time) {
+    fixture.camera().setWait([&answers](std::chrono::milliseconds time) {
         const auto start = Clock::now();
         std::this_thread::sleep_for(time);
         answers += Clock::now() - start;
     });
-    bench.camera().setFaults(
+    fixture.camera().setFaults(
         {.delay = std::chrono::milliseconds(state.range(0)), .videoOpen = "It sends no pictures."});
-    auto& openButton = bench.buttonSending("OnBtnOpenCamera:");
+    auto& openButton = fixture.buttonSending("OnBtnOpenCamera:");
     Milliseconds total{0};
     for ([[maybe_unused]] auto iteration : state) {
         const auto start = Clock::now();

@@ -5,9 +5,8 @@
 #include <span>
 #include <utility>
 
-#include "camera/ByteOrder.h"
-#include "camera/RequestCodes.h"
 #include "camera/UVCCameraControl.h"
+#include "platform/ByteOrder.h"
 
 namespace {
 
@@ -62,12 +61,13 @@ UVCControlRange UVCCameraControl::getRangeForControl(const UVCControlInfo* contr
 
 std::int8_t UVCCameraControl::setAutoExposure(bool automatic) {
     const UVCControlInfo* mode = findControl(UNIT_CT, CT_AE_MODE_CONTROL);
-    return setData(automatic ? exposureAutomatic : exposureManual, mode->size, mode->selector,
-                   mode->unit);
+    return setData(automatic ? exposureAperturePriority : exposureManual, mode->size,
+                   mode->selector, mode->unit);
 }
 
 bool UVCCameraControl::getAutoExposure() {
-    return decodedReply(GET_CUR, *findControl(UNIT_CT, CT_AE_MODE_CONTROL)) == exposureAutomatic;
+    return decodedReply(GET_CUR, *findControl(UNIT_CT, CT_AE_MODE_CONTROL)) ==
+           exposureAperturePriority;
 }
 
 std::int8_t UVCCameraControl::setExposure(float value) {

@@ -2,7 +2,7 @@
 #include <string>
 #include <utility>
 
-#include "camera/CameraFunctions.h"
+#include "camera/OpenCamera.h"
 #include "camera/StatusText.h"
 #include "camera/UVCCameraControl.h"
 #include "platform/NSLog.h"
@@ -11,10 +11,9 @@ std::unique_ptr<UVCCameraControl> g_uvcCamera;
 
 namespace {
 
-/// The video-control interface: class CC_VIDEO, subclass SC_VIDEOCONTROL (UVC 1.1, tables A-1 and
-/// A-2), any protocol and any alternate setting.
-constexpr IOUSBFindInterfaceRequest videoControlInterface{14, 1, kIOUSBFindInterfaceDontCare,
-                                                          kIOUSBFindInterfaceDontCare};
+/// The video-control interface, of any protocol and any alternate setting.
+constexpr IOUSBFindInterfaceRequest videoControlInterface{
+    CC_VIDEO, SC_VIDEOCONTROL, kIOUSBFindInterfaceDontCare, kIOUSBFindInterfaceDontCare};
 
 /// How far the opening of a device came.
 enum OpenResult : std::int32_t { opened = 0, noPlugIn = 1, noDeviceInterface = 2 };

@@ -4,23 +4,15 @@
 #include <array>
 #include <span>
 
-#include "camera/ByteOrder.h"
-#include "camera/RequestCodes.h"
 #include "camera/StatusText.h"
 #include "camera/UVCCameraControl.h"
+#include "platform/ByteOrder.h"
 #include "platform/NSLog.h"
 
 void* g_dataBuffer = nullptr;
 std::int32_t g_length = 0;
 
 namespace {
-
-/// bmRequestType of a class request to an interface (USB 2.0, table 9-2).
-constexpr std::uint8_t toInterface = 0x21;
-constexpr std::uint8_t fromInterface = 0xA1;
-
-/// The bytes of the reply to GET_LEN (UVC 1.1, 4.2.1.1).
-constexpr std::int32_t lengthReplySize = 2;
 
 /// Addresses a control: the selector in the high byte of wValue, the unit in that of wIndex. The
 /// interface number in wIndex's low byte is always 0.
@@ -75,8 +67,8 @@ std::int8_t UVCCameraControl::setData(std::int64_t value, std::int32_t withLengt
     if (!fits(length))
         return 1;
     if (at == extensionUnitID) {
-        if (sendControlRequest(
-                requestTo(forSelector, at, fromInterface, GET_LEN, length, data.data())) != 0)
+        if (sendControlRequest(requestTo(forSelector, at, requestFromInterface, GET_LEN, length,
+                                         data.data())) != 0)
             return 1;
         length = static_cast<std::int32_t>(littleEndian(std::span(data).first(lengthReplySize)));
         if (!fits(length))
@@ -85,8 +77,8 @@ std::int8_t UVCCameraControl::setData(std::int64_t value, std::int32_t withLengt
     putLittleEndian(static_cast<std::uint64_t>(value), data);
     if (length == 8)
         NSLog("set:length:%d , %ld", length, value);
-    return static_cast<std::int8_t>(
-        sendControlRequest(requestTo(forSelector, at, toInterface, SET_CUR, length, data.data())));
+    return static_cast<std::int8_t>(sendControlRequest(
+        requestTo(forSelector, at, requestToInterface, SET_CUR, length, data.data())));
 }
 
 /// Asks the camera for a vendor control's length, leaves it in `g_length` and clears the receive
@@ -97,8 +89,8 @@ std::int64_t UVCCameraControl::readLengthOfControl(std::int32_t selector, std::i
         NSLog("CameraControl Error: No room for a control's length in %d bytes", room);
         return 1;
     }
-    if (sendControlRequest(
-            requestTo(selector, extensionUnitID, fromInterface, GET_LEN, room, g_dataBuffer)) != 0)
+    if (sendControlRequest(requestTo(selector, extensionUnitID, requestFromInterface, GET_LEN, room,
+                                     g_dataBuffer)) != 0)
         return 1;
     g_length = static_cast<std::int32_t>(littleEndian(received(lengthReplySize)));
     std::ranges::fill(received(room), std::uint8_t{0});
@@ -121,9 +113,9 @@ std::int64_t UVCCameraControl::getDataFor(std::int32_t code, std::int32_t withLe
     }
     const auto firstWord =
         static_cast<std::int32_t>(littleEndian(received(std::min(room, lengthReplySize))));
-    NSLog("bmRequestType2:%d get_data_for:%d", std::int32_t{fromInterface}, firstWord);
+    NSLog("bmRequestType2:%d get_data_for:%d", std::int32_t{requestFromInterface}, firstWord);
     return sendControlRequest(
-        requestTo(fromSelector, at, fromInterface, code, g_length, g_dataBuffer));
+        requestTo(fromSelector, at, requestFromInterface, code, g_length, g_dataBuffer));
 }
 
 std::int64_t UVCCameraControl::getValueForControl(const UVCControlInfo* control) {

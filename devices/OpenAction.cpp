@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "app/ViewController.h"
-#include "camera/CameraFunctions.h"
+#include "camera/OpenCamera.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "pages/vendor/VendorPage.h"

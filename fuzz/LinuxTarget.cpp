@@ -9,11 +9,11 @@
 
 #include "fuzz/Input.h"
 #include "platform/MainLoop.h"
-#include "platform/linux/ControlRequests.h"
-#include "platform/linux/JpegPicture.h"
-#include "platform/linux/LinuxCapture.h"
-#include "platform/linux/LinuxUsb.h"
-#include "platform/linux/VideoNode.h"
+#include "platform/linux/controls/ControlRequests.h"
+#include "platform/linux/devices/LinuxCapture.h"
+#include "platform/linux/devices/LinuxUsb.h"
+#include "platform/linux/devices/VideoNode.h"
+#include "platform/linux/preview/JpegPicture.h"
 #include "tests/support/Pixels.h"
 
 namespace {

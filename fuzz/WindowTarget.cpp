@@ -6,7 +6,7 @@
 #include <set>
 
 #include "app/ViewController.h"
-#include "camera/CameraFunctions.h"
+#include "camera/Transfer.h"
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"

@@ -52,10 +52,6 @@ inline constexpr std::array sliders{ENUMERATE_STANDARD_SLIDERS(ADDRESS_OF_ROW)};
 /// Arc seconds in a degree: the camera's unit and the sliders' unit of pan and tilt.
 inline constexpr std::int32_t arcSecondsPerDegree = 3600;
 
-/// Power-line frequencies (UVC 1.1, 4.2.2.3.6).
-inline constexpr std::uint8_t powerLine50Hz = 1;
-inline constexpr std::uint8_t powerLine60Hz = 2;
-
 /// The exposure times behind the slider's numbers -13 to -5, in 100 microseconds.
 inline constexpr std::array<std::int32_t, 9> EXPOSURE_TIME_TABLE{1, 2, 5, 10, 20, 40, 80, 167, 333};
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "camera/CameraFunctions.h"
+#include "camera/Transfer.h"
 #include "pages/vendor/VendorPage.h"
 
 namespace vendor {

@@ -9,9 +9,9 @@
 
 #include "platform/NSViewController.h"
 #include "platform/qt/Accessibility.h"
-#include "platform/qt/Actions.h"
 #include "platform/qt/ImageView.h"
 #include "platform/qt/Look.h"
+#include "platform/qt/WidgetActions.h"
 #include "platform/qt/WidgetPeer.h"
 #include "platform/qt/Widgets.h"
 

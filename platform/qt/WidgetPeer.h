@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/qt/Actions.h"
+#include "platform/qt/WidgetActions.h"
 
 namespace platform {
 

@@ -6,9 +6,10 @@
 
 #include <cerrno>
 
-#include "camera/CameraFunctions.h"
+#include "camera/OpenCamera.h"
+#include "camera/Transfer.h"
 #include "camera/UVCCameraControl.h"
-#include "tests/support/CameraBench.h"
+#include "tests/support/CameraFixture.h"
 
 namespace {
 
@@ -24,20 +25,20 @@ class ChannelTest : public testing::Test {
     /// Checks that this, or for an empty text no, error has been logged since the last call.
     void expectError(const std::string& text) {
         const std::string start = "CameraControl Error: ";
-        EXPECT_EQ(bench_.log().take(start), text.empty() ? Strings{} : Strings{start + text});
+        EXPECT_EQ(fixture_.log().take(start), text.empty() ? Strings{} : Strings{start + text});
     }
 
-    CameraBench bench_;
+    CameraFixture fixture_;
 };
 
 TEST_F(ChannelTest, OpensByTheIdsAtTheEndOrByTheLocation) {
     EXPECT_EQ(OpenCameraByUniqueID("anything at all E7a14C10"), 0);
-    const auto second = bench_.plugAnother("Second");
+    const auto second = fixture_.plugAnother("Second");
     EXPECT_EQ(UVCCameraControl::initWithLocationID(0x14210000)->setGain(3), 0);
     EXPECT_FALSE(second->requests().empty());
     EXPECT_EQ(UVCCameraControl::initWithLocationID(0x15000000)->setGain(3), 1);
     expectError("No interface to send request");
-    EXPECT_THAT(bench_.requests(), IsEmpty());  // opening asks the camera nothing
+    EXPECT_THAT(fixture_.requests(), IsEmpty());  // opening asks the camera nothing
     EXPECT_THAT((std::array{HexToInt(""), HexToInt("0G"), HexToInt("FfFfFfFf"),
                             HexToInt("123456789"), HexToInt("1\xFF")}),
                 ElementsAre(0, 23, -1, 0x23456789, -33));
@@ -47,14 +48,14 @@ TEST_F(ChannelTest, WhatPreventsAnOpenIsLoggedOnceAndLeavesAChannelWithoutInterf
     const auto fails = [this](const Faults& faults, int result, const std::string& error,
                               const char* key = "e7a14c10") {
         SCOPED_TRACE(key + error);
-        bench_.camera().setFaults({});
-        bench_.open();
-        bench_.camera().setFaults(faults);
+        fixture_.camera().setFaults({});
+        fixture_.open();
+        fixture_.camera().setFaults(faults);
         EXPECT_EQ(OpenCameraByUniqueID(key), result);
         expectError(error);
         EXPECT_EQ(g_uvcCamera->setGain(1), 1);
         expectError("No interface to send request");
-        EXPECT_THAT(bench_.requests(), IsEmpty());
+        EXPECT_THAT(fixture_.requests(), IsEmpty());
     };
     fails({}, 1, "IOCreatePlugInInterfaceForService returned 0x00000013.", "e7a14c11");
     fails({}, 1, "\"\u00e9a14c10\" does not end in a vendor and a product id.", "\u00e9a14c10");
@@ -69,18 +70,18 @@ TEST_F(ChannelTest, WhatPreventsAnOpenIsLoggedOnceAndLeavesAChannelWithoutInterf
 }
 
 TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
-    bench_.open();
-    bench_.camera().setWait([](auto) {});
+    fixture_.open();
+    fixture_.camera().setWait([](auto) {});
     // Behind the buffer the sanitizer watches.
     const auto transfer = [this](std::int32_t direction, const Faults& faults, std::uint32_t kind,
                                  std::uint32_t selector, Bytes buffer, const Strings& wire,
                                  const std::string& error = {}) {
-        bench_.camera().setFaults(faults);
+        fixture_.camera().setFaults(faults);
         EXPECT_EQ(Capture_Transfer(selector, direction, buffer.data(),
                                    static_cast<std::uint32_t>(buffer.size()), kind),
                   error.empty() ? 0 : 1);
         EXPECT_EQ(g_dataBuffer, nullptr);  // the room is the caller's again
-        EXPECT_EQ(bench_.requests(), wire);
+        EXPECT_EQ(fixture_.requests(), wire);
         expectError(error);
         return buffer;
     };
@@ -119,19 +120,19 @@ TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
 TEST_F(ChannelTest, TracesTransfersAndLeavesUnknownOnesOut) {
     Bytes buffer{0xF9, 0, 0, 0, 1, 0, 0, 0};
     EXPECT_EQ(Capture_Transfer(2, captureRead, buffer.data(), 8, UNIT_PU), 1);  // no camera yet
-    bench_.open();
+    fixture_.open();
     EXPECT_EQ(Capture_Transfer(2, 2, buffer.data(), 8, UNIT_PU), 0);
     EXPECT_EQ(Capture_Transfer(3, captureWrite, buffer.data(), 8, UNIT_CT), 0);
     Capture_Transfer(XU_COMP_VALUE, captureWrite, buffer.data(), 1, UNIT_XU);
     Capture_Transfer(CT_PANTILT_ABSOLUTE_CONTROL, captureWrite, buffer.data(), 8, UNIT_CT);
     Capture_Transfer(XU_STYLE, captureRead, buffer.data(), 8, UNIT_XU);
-    EXPECT_THAT(bench_.log().take(),
+    EXPECT_THAT(fixture_.log().take(),
                 ElementsAre("intval:-7", "intval:4294967545", "set:length:8 , 4294967545", _,
                             "g_length:8", "bmRequestType2:161 get_data_for:0", "g_length2:1"));
 }
 
 TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
-    bench_.open();
+    fixture_.open();
     UVCCameraControl& camera = *g_uvcCamera;
     for (const bool on : {true, false}) {
         EXPECT_EQ(camera.setAutoExposure(on) + camera.setAutoWhiteBalance(on), 0);
@@ -146,7 +147,7 @@ TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
     camera.setSaturation(120);
     camera.setSharpness(5);
     camera.setWhiteBalance(6500);
-    const virtualcam::PictureState is = bench_.camera().picture();
+    const virtualcam::PictureState is = fixture_.camera().picture();
     EXPECT_THAT((std::array{is.exposureTime, is.gain, is.brightness, is.contrast, is.saturation,
                             is.sharpness, is.whiteBalance}),
                 ElementsAre(100, 6, -3, 4, 120, 5, 6500));

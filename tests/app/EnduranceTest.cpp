@@ -9,15 +9,15 @@
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
 #include "tests/support/Footprint.h"
-#include "tests/support/WindowBench.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
 constexpr std::string_view requestFailed = "CameraControl Error";
 constexpr std::string_view previewFailed = "ERROR: trying to open camera: ";
 
-void awaitPreviewsEnd(WindowBench& bench) {
-    EXPECT_TRUE(WindowBench::waitUntil([&] { return bench.log().count(previewFailed) > 0; }));
+void awaitPreviewsEnd(WindowFixture& fixture) {
+    EXPECT_TRUE(WindowFixture::waitUntil([&] { return fixture.log().count(previewFailed) > 0; }));
 }
 
 /// A button that exchanges many requests with the camera.
@@ -25,40 +25,40 @@ class PulledOut : public testing::TestWithParam<std::string> {};
 
 TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
     const std::string& button = GetParam();
-    WindowBench bench;
-    bench.pressOpen();
-    const auto logged = [&](std::string_view start) { return bench.log().count(start); };
+    WindowFixture fixture;
+    fixture.pressOpen();
+    const auto logged = [&](std::string_view start) { return fixture.log().count(start); };
     const auto press = [&](std::optional<unsigned> answered) {
-        bench.list("m_cbxDevice").setEditText(QStringLiteral("0x14200000e7a14c10"));
-        bench.requests();
-        bench.log().take();
-        bench.camera().setFaults({.vanishesAfter = answered});
+        fixture.list("m_cbxDevice").setEditText(QStringLiteral("0x14200000e7a14c10"));
+        fixture.requests();
+        fixture.log().take();
+        fixture.camera().setFaults({.vanishesAfter = answered});
         const NextBox yes(QMessageBox::AcceptRole);
-        bench.click(button);
+        fixture.click(button);
     };
     press(std::nullopt);
-    const auto all = static_cast<int>(bench.requests().size());
+    const auto all = static_cast<int>(fixture.requests().size());
     ASSERT_GT(all, 10);
     for (int n = 0; n < all; ++n) {
         SCOPED_TRACE(testing::Message() << "after " << n << " of " << all << " requests");
         press(n);
-        EXPECT_THAT(bench.requests(), testing::SizeIs(n));
+        EXPECT_THAT(fixture.requests(), testing::SizeIs(n));
         // One line for each transfer that fails, until the button has done its work.
         EXPECT_GE(logged(requestFailed), 1);
         EXPECT_LE(logged(requestFailed), all - n);
         const bool shown = button != "OnBtnOpenCamera:" || logged("viewLayer") == 1;
         if (shown)
-            awaitPreviewsEnd(bench);
-        bench.bus().announceVanished();
+            awaitPreviewsEnd(fixture);
+        fixture.bus().announceVanished();
         EXPECT_EQ(logged(previewFailed), shown ? 1 : 0);
         EXPECT_EQ(logged("processRemoveDeviceEventWithNotification"), 1);
 
-        bench.camera().setFaults({});
-        bench.bus().plug(bench.cameraReference());
-        bench.log().take();
-        bench.click("OnBtnOpenCamera:");
+        fixture.camera().setFaults({});
+        fixture.bus().plug(fixture.cameraReference());
+        fixture.log().take();
+        fixture.click("OnBtnOpenCamera:");
         EXPECT_EQ(logged(requestFailed) + logged(previewFailed), 0);
-        EXPECT_EQ(bench.shown("m_lableVersion"), "v3 V9.2.4");
+        EXPECT_EQ(fixture.shown("m_lableVersion"), "v3 V9.2.4");
     }
 }
 
@@ -70,26 +70,26 @@ INSTANTIATE_TEST_SUITE_P(EnduranceTest, PulledOut,
 TEST(EnduranceTest, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
     const char* wanted = std::getenv("QUELVO_PLUGS");
     const int cycles = wanted == nullptr ? 100 : std::atoi(wanted);
-    WindowBench bench;
-    bench.bus().unplug(bench.cameraReference());
+    WindowFixture fixture;
+    fixture.bus().unplug(fixture.cameraReference());
     const auto footprint = [] {
         g_captureSession.reset();
         return Footprint::now();
     };
     Footprint before;
     for (int i = 0; i <= cycles; ++i) {
-        bench.bus().plug(bench.cameraReference());
-        bench.pressOpen();
+        fixture.bus().plug(fixture.cameraReference());
+        fixture.pressOpen();
         if (i % 10 == 0)  // mostly it is pulled out before there is a picture
-            bench.awaitPicture();
-        bench.bus().unplug(bench.cameraReference());
-        awaitPreviewsEnd(bench);
+            fixture.awaitPicture();
+        fixture.bus().unplug(fixture.cameraReference());
+        awaitPreviewsEnd(fixture);
         if (i == 10)
             before = footprint();
     }
     // A thread that has just ended, and the picture that it held, may count for a moment more.
     Footprint after;
-    EXPECT_TRUE(WindowBench::waitUntil([&] {
+    EXPECT_TRUE(WindowFixture::waitUntil([&] {
         after = footprint();
         return after.isBackAt(before, std::size_t{64} * 1024);
     })) << after

@@ -10,14 +10,14 @@
 #include "pages/vendor/VendorPage.h"
 #include "pages/vendor/VersionLabel.h"
 #include "tests/support/Exchanges.h"
-#include "tests/support/WindowBench.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
-void loadPages(WindowBench& bench) {
-    InitXUPage(bench.controller());
-    bench.controller().ReadConfig_UVC();
-    bench.controller().InitUVCPage();
+void loadPages(WindowFixture& fixture) {
+    InitXUPage(fixture.controller());
+    fixture.controller().ReadConfig_UVC();
+    fixture.controller().InitUVCPage();
 }
 
 /// A camera whose every control takes any value of its size.
@@ -39,18 +39,18 @@ class ExchangeTest : public testing::TestWithParam<Exchange> {};
 
 TEST_P(ExchangeTest, Goes) {
     const auto isIn = [](const char* script) { return GetParam().file.ends_with(script); };
-    WindowBench bench(isIn("page-load.txt") ? tolerantCamera() : virtualcam::studioCamera());
+    WindowFixture fixture(isIn("page-load.txt") ? tolerantCamera() : virtualcam::studioCamera());
     if (!isIn("no-camera.txt"))
-        bench.open();
+        fixture.open();
     if (isIn("standard-page.txt") || isIn("vendor-page.txt")) {
-        setInCamera(bench.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
-        setInCamera(bench.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
-        setInCamera(bench.camera(), {1, CT_AE_MODE_CONTROL}, {1});
-        loadPages(bench);
+        setInCamera(fixture.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+        setInCamera(fixture.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
+        setInCamera(fixture.camera(), {1, CT_AE_MODE_CONTROL}, {1});
+        loadPages(fixture);
     }
-    bench.requests();
-    bench.log().take();
-    perform(GetParam(), {bench, bench.camera(), bench.log(), [&] { loadPages(bench); },
+    fixture.requests();
+    fixture.log().take();
+    perform(GetParam(), {fixture, fixture.camera(), fixture.log(), [&] { loadPages(fixture); },
                          [](const auto&) { return false; }});
 }
 INSTANTIATE_TEST_SUITE_P(Pages, ExchangeTest,
@@ -66,7 +66,7 @@ TEST(ShowAlertTest, AsksInPlainTextAndTakesACloseForTheOnlyOtherAnswer) {
         return box.said() + " " + box.look() + " " + std::to_string(result);
     };
     EXPECT_EQ(ask(1, QMessageBox::AcceptRole), "  0") << "there is no window to show it on";
-    const WindowBench bench;
+    const WindowFixture fixture;
     EXPECT_EQ(ask(1, QMessageBox::AcceptRole), "Notice: <b>?</b> plain OK Cancel 1");
     for (const auto answer : {QMessageBox::RejectRole, QMessageBox::InvalidRole})
         EXPECT_EQ(ask(1, answer), "Notice: <b>?</b> plain OK Cancel 0");
@@ -85,11 +85,11 @@ TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
     // A text that fills its buffer, and is no markup.
     virtualcam::CameraModel model = virtualcam::studioCamera();
     model.version = "<b>3.45678901234567</b>!";
-    WindowBench bench(model);
-    bench.open();
-    InitXUPage(bench.controller());
-    EXPECT_EQ(bench.shown("m_lableVersion"), model.version);
-    EXPECT_EQ(bench.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
+    WindowFixture fixture(model);
+    fixture.open();
+    InitXUPage(fixture.controller());
+    EXPECT_EQ(fixture.shown("m_lableVersion"), model.version);
+    EXPECT_EQ(fixture.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
 }
 
 }  // namespace

@@ -19,8 +19,8 @@ bool isDriversOwn(const virtualcam::RequestRecord& record) {
     if (id.unit == virtualcam::kInterfaceUnit || row == rows.end())
         return true;
     const bool movesByItself = (row->info & virtualcam::kInfoAutoUpdate) != 0;
-    return id.unit != virtualcam::kVendorUnit && record.bRequest != virtualcam::SET_CUR &&
-           (record.bRequest != virtualcam::GET_CUR || movesByItself);
+    return id.unit != extensionUnitID && record.bRequest != SET_CUR &&
+           (record.bRequest != GET_CUR || movesByItself);
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ PluggedCamera KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
     // UVC counts the contrast without a sign (UVC 1.1, 4.2.2.3.3), and so does the kernel's driver;
     // the built-in camera takes the window's whole range.
     for (virtualcam::ControlRow& row : model.controls)
-        if (row.id == virtualcam::ControlId{3, virtualcam::PU_CONTRAST_CONTROL})
+        if (row.id == virtualcam::ControlId{3, PU_CONTRAST_CONTROL})
             row.limits.minimum = 0;
     const int before = list("m_cbxDevice").count();
     PluggedCamera plugged{std::make_unique<UsbipCamera>(std::move(model), port)};

@@ -2,11 +2,11 @@
 
 #include <memory>
 
-#include "platform/linux/LinuxCapture.h"
-#include "platform/linux/LinuxUsb.h"
+#include "platform/linux/devices/LinuxCapture.h"
+#include "platform/linux/devices/LinuxUsb.h"
 #include "tests/kernel/UsbipCamera.h"
 #include "tests/support/Exchanges.h"
-#include "tests/support/WindowBench.h"
+#include "tests/support/WindowFixture.h"
 
 /// A camera as the wire gave it to this machine's kernel.
 struct PluggedCamera {

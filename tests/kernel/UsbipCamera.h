@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "virtualcam/VirtualCamera.h"
+#include "virtualcam/camera/VirtualCamera.h"
 
 /// A virtual camera in a USB port of this machine, where the kernel's own driver takes it for a
 /// camera like any other: descriptors, stream negotiation and video stand around the camera's own

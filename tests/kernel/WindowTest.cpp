@@ -14,11 +14,11 @@
 
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
-#include "platform/linux/ClosingPreviews.h"
+#include "platform/linux/preview/ClosingPreviews.h"
 #include "tests/kernel/KernelWindow.h"
 #include "tests/support/Footprint.h"
 #include "tests/support/Pixels.h"
-#include "virtualcam/DemoBus.h"
+#include "virtualcam/camera/DemoBus.h"
 
 namespace {
 
@@ -61,9 +61,9 @@ class Window : public testing::Test, public KernelWindow {
 // default, takes long.
 TEST_F(Window, SendsTheExchangesOfBothPages) {
     const auto plugged = plug(studioCamera(), 0);
-    setInCamera(plugged.camera(), {1, virtualcam::CT_FOCUS_AUTO_CONTROL}, {0});
-    setInCamera(plugged.camera(), {1, virtualcam::CT_AE_MODE_CONTROL}, {1});
-    setInCamera(plugged.camera(), {3, virtualcam::PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+    setInCamera(plugged.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
+    setInCamera(plugged.camera(), {1, CT_AE_MODE_CONTROL}, {1});
+    setInCamera(plugged.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
     clickOpen();
     for (const auto& exchange : readExchanges({"standard-page.txt", "vendor-page.txt"}, "kernel")) {
         plugged.camera().clearRequests();
@@ -95,7 +95,7 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
 
 TEST_F(Window, ACameraThatAnotherProgramShowsOrThatIsSilentForAWhileCanBeTuned) {
     const auto plugged = plug(studioCamera(), 0);
-    setInCamera(plugged.camera(), {3, virtualcam::PU_BRIGHTNESS_CONTROL}, {3, 0});
+    setInCamera(plugged.camera(), {3, PU_BRIGHTNESS_CONTROL}, {3, 0});
     int other = -1;
     for (int node = 0; other < 0 && node < 64; ++node)
         other = open(("/dev/video" + std::to_string(node)).c_str(), O_RDWR | O_CLOEXEC);

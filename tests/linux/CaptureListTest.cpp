@@ -5,8 +5,8 @@
 #include <fstream>
 #include <iomanip>
 
-#include "platform/linux/LinuxCapture.h"
-#include "platform/linux/NodeFeed.h"
+#include "platform/linux/devices/LinuxCapture.h"
+#include "platform/linux/devices/NodeFeed.h"
 
 namespace platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/ControlRequests.h"
+#include "platform/linux/controls/ControlRequests.h"
 
 #include <gmock/gmock.h>
 #include <linux/usb/video.h>
@@ -12,7 +12,7 @@
 #include <span>
 #include <sstream>
 
-#include "platform/linux/VideoNode.h"
+#include "platform/linux/devices/VideoNode.h"
 #include "tests/support/Footprint.h"
 
 namespace platform {

@@ -7,9 +7,9 @@
 #include <semaphore>
 #include <vector>
 
-#include "platform/linux/ClosingPreviews.h"
-#include "platform/linux/PreviewMode.h"
-#include "platform/linux/PreviewPipeline.h"
+#include "platform/linux/preview/ClosingPreviews.h"
+#include "platform/linux/preview/PreviewMode.h"
+#include "platform/linux/preview/PreviewPipeline.h"
 #include "tests/support/Pixels.h"
 
 // GLib leaves the first table of its interned strings behind when it makes a larger one. What

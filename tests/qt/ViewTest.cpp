@@ -9,7 +9,7 @@
 #include <cmath>
 #include <set>
 
-#include "tests/support/WindowBench.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
@@ -37,12 +37,12 @@ QString textOf(const QWidget& widget) {
 
 /// Runs `check` on each widget that is visible on either page.
 template <class Check>
-void onEachPage(WindowBench& bench, Check check) {
+void onEachPage(WindowFixture& fixture, Check check) {
     for (const int page : {0, 1}) {
-        bench.find<QTabWidget>("pages")->setCurrentIndex(page);
+        fixture.find<QTabWidget>("pages")->setCurrentIndex(page);
         QCoreApplication::processEvents();
-        const QImage image = bench.window().grab().toImage();
-        for (auto* widget : bench.window().findChildren<QWidget*>())
+        const QImage image = fixture.window().grab().toImage();
+        for (auto* widget : fixture.window().findChildren<QWidget*>())
             if (SCOPED_TRACE(widget->objectName().toStdString()); widget->isVisible())
                 check(*widget, image, QString::number(page));
     }
@@ -50,14 +50,14 @@ void onEachPage(WindowBench& bench, Check check) {
 
 TEST(ViewTest, TextsAndOutlinesStandOutInLightAndDark) {
     for (const QPalette& palette : {QPalette(QColor(49, 54, 59), QColor(42, 46, 50)), QPalette()}) {
-        WindowBench bench;
+        WindowFixture fixture;
         QApplication::setPalette(palette);
         QImage selection(2, 1, QImage::Format_RGB32);
         selection.setPixelColor(0, 0, QApplication::palette().color(QPalette::Highlight));
         selection.setPixelColor(1, 0, QApplication::palette().color(QPalette::HighlightedText));
         EXPECT_GE(contrast(selection), 4.5);
-        onEachPage(bench, [&](const QWidget& widget, const QImage& image, const QString&) {
-            const QPoint corner = widget.mapTo(&bench.window(), QPoint());
+        onEachPage(fixture, [&](const QWidget& widget, const QImage& image, const QString&) {
+            const QPoint corner = widget.mapTo(&fixture.window(), QPoint());
             if (widget.isEnabled() && !textOf(widget).isEmpty()) {
                 EXPECT_GE(contrast(image.copy(QRect(corner, widget.size()))), 4.5);
             }
@@ -80,16 +80,16 @@ TEST(ViewTest, NothingIsCutOffOnASmallScreenOrInLargeTextAndMnemonicsAreUnique) 
         QFont font = usual;
         font.setPointSize(font.pointSize() * row.second);
         QApplication::setFont(font);
-        WindowBench bench;
-        bench.moveSlider("m_sliderWB", 10000);
-        bench.controller().m_textExposure.setStringValue("-2147483648");
-        bench.window().resize(row.first);
+        WindowFixture fixture;
+        fixture.moveSlider("m_sliderWB", 10000);
+        fixture.controller().m_textExposure.setStringValue("-2147483648");
+        fixture.window().resize(row.first);
         std::set<QString> mnemonics{"V0", "V1", "S0", "S1"};  // the pages' own
-        onEachPage(bench, [&](QWidget& widget, const QImage&, const QString& page) {
-            EXPECT_EQ(bench.window().size(), row.first);
+        onEachPage(fixture, [&](QWidget& widget, const QImage&, const QString& page) {
+            EXPECT_EQ(fixture.window().size(), row.first);
             const QSize least = textOf(widget).isEmpty() ? QSize() : widget.minimumSizeHint();
             EXPECT_EQ(widget.size(), widget.size().expandedTo(least));
-            for (auto* area : bench.window().findChildren<QScrollArea*>())
+            for (auto* area : fixture.window().findChildren<QScrollArea*>())
                 if (area->isAncestorOf(&widget))
                     area->ensureWidgetVisible(&widget, 0, 0);
             if (!widget.property("action").isNull()) {

@@ -13,7 +13,7 @@
 
 #include "platform/CALayer.h"
 #include "platform/backend/CaptureBackend.h"
-#include "tests/support/WindowBench.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ using testing::IsEmpty;
 
 class ActionTest : public testing::Test {
   protected:
-    ActionTest() { bench.open(); }
+    ActionTest() { fixture.open(); }
 
     static void turnWheel(QWidget& widget) {
         const QPointF center = widget.rect().center();
@@ -40,7 +40,7 @@ class ActionTest : public testing::Test {
     /// Leaves the slider at a value whose action waits.
     void moveTwice(int value) {
         setByAssistance(1);
-        bench.requests();
+        fixture.requests();
         setByAssistance(value);
     }
 
@@ -53,20 +53,20 @@ class ActionTest : public testing::Test {
     /// What was sent to the camera once all that is queued has been handled.
     std::vector<std::string> sent() {
         QCoreApplication::processEvents();
-        return bench.requests();
+        return fixture.requests();
     }
 
-    WindowBench bench;
-    QSlider& slider = bench.slider("m_sliderBright");
+    WindowFixture fixture;
+    QSlider& slider = fixture.slider("m_sliderBright");
 };
 
 TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
-    bench.window().resize(1024, 400);
-    auto& list = bench.list("m_SpinRgain");
-    auto& area = *bench.find<QScrollArea>("vendorPageScroll");
+    fixture.window().resize(1024, 400);
+    auto& list = fixture.list("m_SpinRgain");
+    auto& area = *fixture.find<QScrollArea>("vendorPageScroll");
     sent();  // the window is laid out by now
     turnWheel(list);
-    turnWheel(bench.slider("m_SliderRgain"));
+    turnWheel(fixture.slider("m_SliderRgain"));
     EXPECT_GT(area.verticalScrollBar()->value(), 0);
     EXPECT_THAT(sent(), IsEmpty());
     list.setFocus();
@@ -79,33 +79,33 @@ TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
 
 TEST_F(ActionTest, OnlyTheFirstActionGoesAtOnceAndOneThatWaitsGoesOnceAndBeforeAllElse) {
     setByAssistance(41);
-    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 29 00"));
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 29 00"));
     setByAssistance(42);
     setByAssistance(43);  // the one before is not worth sending any more
-    EXPECT_THAT(bench.requests(), IsEmpty());
+    EXPECT_THAT(fixture.requests(), IsEmpty());
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
     moveTwice(4);
-    bench.slider("m_sliderGama").setValue(100);
+    fixture.slider("m_sliderGama").setValue(100);
     setByAssistance(3);
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
     moveTwice(5);
-    bench.button("m_btn50HZ").click();
+    fixture.button("m_btn50HZ").click();
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
     moveTwice(7);
-    bench.controller().m_sliderBright.setIntValue(9);
+    fixture.controller().m_sliderBright.setIntValue(9);
     EXPECT_EQ(slider.value(), 9);
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 07 00")) << "9 is the program's own";
     moveTwice(8);
-    bench.window().close();
-    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
+    fixture.window().close();
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
     moveTwice(6);
-    bench.stop();  // the window goes
-    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
+    fixture.stop();  // the window goes
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
 }
 
 TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
-    bench.camera().setFaults({.delay = std::chrono::milliseconds(20)});
-    bench.camera().setWait([&](auto) {  // over the first position it takes its time
+    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    fixture.camera().setWait([&](auto) {  // over the first position it takes its time
         for (int position = 100; slider.value() < 180; ++position)
             slider.setSliderPosition(position);
     });
@@ -113,11 +113,11 @@ TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
     slider.setSliderPosition(60);
     EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
     slider.setSliderPosition(199);
-    bench.requests();
+    fixture.requests();
     slider.setSliderPosition(200);
-    EXPECT_THAT(bench.requests(), IsEmpty());
+    EXPECT_THAT(fixture.requests(), IsEmpty());
     slider.setSliderDown(false);
-    EXPECT_THAT(bench.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
 }
 
 // What the hand does meanwhile comes from the display, after what the program has posted itself.
@@ -129,15 +129,15 @@ TEST_F(ActionTest, KeysThatComeWhileTheCameraAnswersAreOneChange) {
     };
     slider.setSliderPosition(60);
     rest();
-    bench.requests();
-    bench.camera().setFaults({.delay = std::chrono::milliseconds(20)});
-    bench.camera().setWait([&](auto) {
+    fixture.requests();
+    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    fixture.camera().setWait([&](auto) {
         if (slider.value() == 61)
             QMetaObject::invokeMethod(&slider, pressKeys, Qt::QueuedConnection);
     });
     QTest::keyClick(&slider, Qt::Key_Right);
     rest();
-    EXPECT_THAT(bench.requests(),
+    EXPECT_THAT(fixture.requests(),
                 ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
 }
 
@@ -146,7 +146,7 @@ TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
                                         {"m_btnFlipV", "21 01 1800 1000 1 | 00"},
                                         {"m_btnStylePC", "21 01 0d00 1000 1 | 03"},
                                         {"m_btnStylePC", "21 01 0d00 1000 1 | 03"}}) {
-        QAccessible::queryAccessibleInterface(&bench.button(name))
+        QAccessible::queryAccessibleInterface(&fixture.button(name))
             ->actionInterface()
             ->doAction(QAccessibleActionInterface::toggleAction());
         EXPECT_THAT(sent(), ElementsAre(_, request));
@@ -154,20 +154,20 @@ TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
 }
 
 TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
-    WindowBench bench;
-    auto& toggle = *bench.find<QToolButton>("m_btnFlipV");
+    WindowFixture fixture;
+    auto& toggle = *fixture.find<QToolButton>("m_btnFlipV");
     EXPECT_EQ(toggle.icon().pixmap(toggle.iconSize(), 2.0).size(), toggle.iconSize() * 2);
     const QImage off = toggle.grab().toImage();
-    bench.controller().m_btnFlipV.setState(1);
+    fixture.controller().m_btnFlipV.setState(1);
     EXPECT_EQ(toggle.grab().toImage(), off) << "only the image says that it is on";
 
-    auto& cameras = bench.list("m_cbxDevice");
+    auto& cameras = fixture.list("m_cbxDevice");
     cameras.setFocus();
     cameras.clearEditText();
     QTest::keyClicks(&cameras, "quelvo studio camera");
     QTest::keyClick(&cameras, Qt::Key_Return);
     QTest::keyClick(&cameras, Qt::Key_Tab);
-    EXPECT_EQ(bench.controller().m_cbxDevice.stringValue(), "quelvo studio camera");
+    EXPECT_EQ(fixture.controller().m_cbxDevice.stringValue(), "quelvo studio camera");
     EXPECT_EQ(cameras.count(), 1);
 }
 
@@ -191,10 +191,10 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
     const auto layer = std::make_shared<RedLayer>();
     layer->setBackgroundColor({0, 1, 0, 1});
     {
-        WindowBench bench;
-        auto& widget = *bench.find<QWidget>("m_previewWnd");
+        WindowFixture fixture;
+        auto& widget = *fixture.find<QWidget>("m_previewWnd");
         EXPECT_TRUE(widget.findChild<QLabel*>()->isVisible());
-        bench.controller().m_previewWnd.setLayer(layer);
+        fixture.controller().m_previewWnd.setLayer(layer);
         EXPECT_FALSE(widget.findChild<QLabel*>()->isVisible());
         const QImage shown = widget.grab().toImage();
         const int middle = widget.height() / 2;
@@ -218,10 +218,10 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         layer->setNeedsDisplay();
         QCoreApplication::processEvents();
         const auto colour = [&](int x, int y) {
-            return memory.pixelColor(widget.mapTo(&bench.window(), QPoint(x, y)));
+            return memory.pixelColor(widget.mapTo(&fixture.window(), QPoint(x, y)));
         };
         const int top = (widget.height() - layer->height) / 2;
-        const QPoint there = widget.mapTo(&bench.window(), QPoint(0, top));
+        const QPoint there = widget.mapTo(&fixture.window(), QPoint(0, top));
         EXPECT_EQ(layer->written, memory.constScanLine(there.y()) + std::ptrdiff_t{4} * there.x());
         layer->colour = 0xFF0000FF;
         widget.repaint(QRect(3, top + 1, 5, 5));  // this part alone

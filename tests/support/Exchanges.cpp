@@ -11,7 +11,7 @@
 #include <set>
 #include <sstream>
 
-#include "tests/support/CameraBench.h"
+#include "tests/support/CameraFixture.h"
 
 namespace {
 
@@ -157,7 +157,7 @@ class Performance {
     void collect(bool loaded) {
         static const std::regex traces("(g_length|bmRequestType2|intval:|set:length:|viewLayer).*");
         for (const auto& record : stage_.camera.requests())
-            if (!stage_.isForeign(record) && (!loaded || record.bRequest == virtualcam::SET_CUR))
+            if (!stage_.isForeign(record) && (!loaded || record.bRequest == SET_CUR))
                 requests_.push_back(wireText(record));
         stage_.camera.clearRequests();
         for (const std::string& line : stage_.log.take(loaded ? "CameraControl" : ""))

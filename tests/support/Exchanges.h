@@ -9,7 +9,7 @@
 
 #include "tests/support/TestLog.h"
 #include "tests/support/WindowHands.h"
-#include "virtualcam/VirtualCamera.h"
+#include "virtualcam/camera/VirtualCamera.h"
 
 /// A block of a script in tests/exchanges, whose README tells what its statements mean.
 struct Exchange {

@@ -9,16 +9,16 @@
 #include <set>
 
 #include "camera/UVCCameraControl.h"
-#include "tests/support/CameraBench.h"
-#include "virtualcam/FrameGenerator.h"
+#include "tests/support/CameraFixture.h"
+#include "virtualcam/scene/FrameGenerator.h"
 
 namespace virtualcam {
 namespace {
 
 TEST(CameraTest, TakesWhatIsLegalRefusesAllElseAndMovesWhatItHolds) {
-    CameraBench bench;
-    bench.open();
-    VirtualCamera& camera = bench.camera();
+    CameraFixture fixture;
+    fixture.open();
+    VirtualCamera& camera = fixture.camera();
     for (const auto& [unit, selector, length, value, taken] :
          std::vector<std::tuple<int, int, int, std::int64_t, bool>>{
              {3, PU_BRIGHTNESS_CONTROL, 2, -255, true},

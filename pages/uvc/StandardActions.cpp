@@ -1,0 +1,87 @@
+// What the user changes on the standard page, sent to the camera at once.
+
+#include <array>
+
+#include "camera/Transfer.h"
+#include "pages/uvc/StandardPage.h"
+
+namespace {
+
+using standard::SliderControl;
+
+/// Asks the camera for the gain that it took; the widgets keep what the user chose.
+void readGainBack() {
+    std::array<std::uint8_t, 2> gain{};
+    Capture_Transfer(PU_GAIN_CONTROL, captureRead, gain.data(), sizeof gain, UNIT_PU);
+}
+
+void sliderMoved(const ViewController& controller, const SliderControl& control,
+                 const NSSlider& sender) {
+    const int number = sender.intValue();
+    standard::showNumber(controller, control, number);
+    standard::sendNumber(controller, control, number);
+    if (&control == &standard::gain)
+        readGainBack();
+}
+
+/// Gives the sliders of `unit` that no automatic mode holds their defaults, as the user would.
+void resetSliders(const ViewController& controller, UnitKind unit) {
+    for (const SliderControl* control : standard::sliders) {
+        const bool held =
+            control->automaticMode != nullptr && (controller.*control->automaticMode).state() != 0;
+        if (control->unit != unit || held)
+            continue;
+        const NSSlider& slider = controller.*control->slider;
+        slider.setIntValue(control->defaultNumber);
+        sliderMoved(controller, *control, slider);
+    }
+}
+
+}  // namespace
+
+#define DEFINE_ACTION(row, action, ...)                   \
+    void ViewController::action(const NSSlider& sender) { \
+        sliderMoved(*this, standard::row, sender);        \
+    }
+ENUMERATE_STANDARD_SLIDERS(DEFINE_ACTION)
+#undef DEFINE_ACTION
+
+void ViewController::OnBtnAutoWB(const NSButton& sender) {
+    const int state = sender.state();
+    sendByte(UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL, state);
+    m_sliderWB.setEnabled(state != 1);
+    if (state != 1)
+        standard::sendNumber(*this, standard::whiteBalance, m_sliderWB.intValue());
+}
+
+void ViewController::OnBtnAutoFocus(const NSButton& sender) {
+    const int state = sender.state();
+    sendByte(UNIT_CT, CT_FOCUS_AUTO_CONTROL, state);
+    m_sliderFocus.setEnabled(state != 1);
+    OnSliderFocus(m_sliderFocus);
+}
+
+void ViewController::OnBtnAutoExposure(const NSButton& sender) {
+    const int state = sender.state();
+    sendByte(UNIT_CT, CT_AE_MODE_CONTROL, state == 1 ? exposureAperturePriority : exposureManual);
+    m_sliderAutoExposure.setEnabled(state != 1);
+    OnSliderAutoExposure(m_sliderAutoExposure);
+}
+
+void ViewController::OnBtnUvcDefault(const NSButton& /*sender*/) {
+    resetSliders(*this, UNIT_PU);
+    m_btn50HZ.setState(0);
+    m_btn60HZ.setState(1);
+    OnAntiFlicker60HZ(m_btn60HZ);
+    resetSliders(*this, UNIT_CT);
+}
+
+void ViewController::OnAntiFlicker50HZ(const NSButton& /*sender*/) {
+    sendByte(UNIT_PU, PU_POWER_LINE_FREQUENCY_CONTROL, powerLine50Hz);
+    m_btn60HZ.setState(0);
+}
+
+void ViewController::OnAntiFlicker60HZ(const NSButton& /*sender*/) {
+    sendByte(UNIT_PU, PU_POWER_LINE_FREQUENCY_CONTROL, powerLine60Hz);
+    m_btn50HZ.setState(0);
+}

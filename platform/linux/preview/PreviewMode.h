@@ -1,0 +1,27 @@
+#pragma once
+
+#include <array>
+
+#include "platform/backend/CaptureBackend.h"
+#include "platform/linux/preview/GStreamer.h"
+
+namespace platform {
+
+/// A form in which cameras send pictures, and what makes plain pictures of it.
+struct StreamKind {
+    const char* mediaType = nullptr;
+    std::array<const char*, 2> decoders{};  ///< GStreamer elements, best first; null: none needed
+    bool picturesStandAlone = true;         ///< one can be left out without harm to the others
+};
+
+/// A camera mode for a preview.
+struct PreviewMode {
+    GstCapsPtr caps;                   ///< null: there is no mode that can be shown
+    const StreamKind* kind = nullptr;  ///< how its pictures come
+};
+
+/// Chooses from what a camera offers: the largest mode within `limits`, otherwise the smallest of
+/// all. Among equals one with a smooth rate wins, then the one with the least work to decode.
+PreviewMode choosePreviewMode(const GstCaps* offered, const VideoLimits& limits);
+
+}  // namespace platform

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+
+#include "app/ViewController.h"
+#include "platform/qt/Interface.h"
+#include "tests/support/CameraFixture.h"
+#include "tests/support/WindowHands.h"
+
+/// The real window with its controller, on the back ends that are installed when it starts.
+class LiveWindow : public WindowHands {
+  public:
+    LiveWindow() = default;
+    LiveWindow(const LiveWindow&) = delete;
+    LiveWindow& operator=(const LiveWindow&) = delete;
+    ~LiveWindow() override { stop(); }
+
+    /// Does what the application loop does at start-up, and forgets nothing of the log.
+    void start();
+    /// Lets go of the window and of the back ends.
+    void stop();
+
+    ViewController& controller() { return controller_; }
+    QWidget& window() override { return window_->widget(); }
+
+    /// Waits until the preview has a picture.
+    static void awaitPicture();
+
+  private:
+    ViewController controller_;
+    std::unique_ptr<platform::InterfaceWindow> window_ =
+        platform::InterfaceWindow::load(controller_);
+};
+
+/// The window with a sane camera behind it, as it is after start-up.
+class WindowFixture : public CameraFixture, public LiveWindow {
+  public:
+    explicit WindowFixture(virtualcam::CameraModel model = virtualcam::studioCamera(),
+                           bool startNow = true)
+        : CameraFixture(std::move(model)) {
+        if (startNow)
+            start();
+    }
+
+    /// Presses the open button, and forgets the log and the requests.
+    void pressOpen();
+};
