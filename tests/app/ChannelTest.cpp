@@ -10,6 +10,7 @@
 #include "camera/OpenCamera.h"
 #include "camera/Transfer.h"
 #include "camera/UVCCameraControl.h"
+#include "platform/backend/UsbBackend.h"
 #include "tests/support/CameraFixture.h"
 
 namespace {
@@ -20,6 +21,35 @@ using testing::IsEmpty;
 using virtualcam::Faults;
 using Bytes = std::vector<std::uint8_t>;
 using Strings = std::vector<std::string>;
+
+/// A video-control interface that counts its holders when its plug-in is asked for it.
+struct CountingInterface : platform::UsbInterface, std::enable_shared_from_this<CountingInterface> {
+    IOReturn createPlugIn() override { return countHolders(); }
+    IOReturn queryInterface() override { return countHolders(); }
+    IOReturn countHolders() {
+        holders.push_back(weak_from_this().use_count());
+        return kIOReturnSuccess;
+    }
+    Descriptor descriptor() const override { return {CC_VIDEO, SC_VIDEOCONTROL, 0, 0}; }
+    IOReturn open() override { return kIOReturnSuccess; }
+    IOReturn controlRequest(IOUSBDevRequest& /*request*/) override { return EPIPE; }
+    IOReturn close() override { return kIOReturnSuccess; }
+    std::vector<long> holders;
+};
+
+/// A device that has it and nothing else.
+struct CountingDevice : platform::UsbDevice {
+    IOReturn createPlugIn() override { return kIOReturnSuccess; }
+    IOReturn queryInterface() override { return kIOReturnSuccess; }
+    std::uint16_t vendorID() const override { return 0; }
+    std::uint16_t productID() const override { return 0; }
+    std::uint32_t locationID() const override { return 0; }
+    IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
+        found.push_back(interface);
+        return kIOReturnSuccess;
+    }
+    std::shared_ptr<CountingInterface> interface = std::make_shared<CountingInterface>();
+};
 
 class ChannelTest : public testing::Test {
   protected:
@@ -59,6 +89,15 @@ TEST_F(ChannelTest, OpensTheFirstOfTwoDevicesWithTheSameIds) {
     EXPECT_EQ(g_uvcCamera->setGain(3), 0);
     EXPECT_THAT(fixture_.requests(), testing::SizeIs(1));
     EXPECT_THAT(twin->requests(), IsEmpty());
+}
+
+TEST_F(ChannelTest, LetsGoOfAnInterfacesServiceOnceThereIsAPlugIn) {
+    const auto device = std::make_shared<CountingDevice>();
+    const auto found =
+        UVCCameraControl::getControlInferaceWithDeviceInterface(IOUSBDeviceStruct942(device));
+    ASSERT_NE(found, nullptr);
+    // The plug-in takes the service's place among the holders, and is one of two while it asks.
+    EXPECT_EQ(device->interface->holders, (std::vector<long>{3, 4}));
 }
 
 TEST_F(ChannelTest, WithoutAnInterfaceEveryRequestIsLoggedOnceAndFailsWhateverElseIsWrong) {
