@@ -13,7 +13,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-WORKED = ("combo box", "push button", "check box", "radio button", "slider", "page tab list")
+WORKED = ("combo box", "button", "check box", "radio button", "slider", "page tab list")
 SECONDS = 10  # until what must happen counts as not happening
 
 
@@ -54,16 +54,16 @@ class Desk:
                 if program.get_process_id() == self._process.pid for window in children(program)]
 
     @functools.cache  # the widgets stay
-    def find(self, role, name):
+    def find(self, kind, name):
         """Returns the widget of this kind and name, and waits for it."""
         return self.until(lambda: next(
             (widget for window in self._windows() for widget in descendants(window)
-             if widget.get_role_name() == role and widget.get_name() == name), None))
+             if kind_of(widget) == kind and widget.get_name() == name), None))
 
     def controls(self):
         """The widgets that can be worked now, in the order of the window."""
         return [widget for widget in descendants(self.window)
-                if widget.get_role_name() in WORKED
+                if kind_of(widget) in WORKED
                 and all(has(widget, state) for state in ("FOCUSABLE", "SHOWING", "ENABLED"))]
 
     def wait_number(self, name, number):
@@ -79,7 +79,7 @@ class Desk:
     def choose(self, name, item):
         """Picks an item in the list beside a slider."""
         box = next(widget for widget in beside(self.find("slider", name))
-                   if widget.get_role_name() == "combo box")
+                   if kind_of(widget) == "combo box")
         self.click(box)
         choices = children(box)[0]
         self.until(lambda: has(choices, "SHOWING"))
@@ -136,7 +136,7 @@ def children(widget):
 def descendants(widget):
     for child in children(widget):
         yield child
-        if child.get_role_name() != "combo box":  # many items, and not to be told apart
+        if kind_of(child) != "combo box":  # many items, and not to be told apart
             yield from descendants(child)
 
 
@@ -149,7 +149,12 @@ def beside(slider):
 
 def is_named(widget):
     """A list's name is what is chosen; what it is called tells the label that it relates to."""
-    return widget.get_relation_set() if widget.get_role_name() == "combo box" else widget.get_name()
+    return widget.get_relation_set() if kind_of(widget) == "combo box" else widget.get_name()
+
+
+def kind_of(widget):
+    """What kind of widget it is; older releases say "push button" for a button."""
+    return widget.get_role_name().removeprefix("push ")
 
 
 def extents(widget):
