@@ -86,6 +86,9 @@ class Performance {
             expectNext(requests_, part_[1]);
         } else if (is("log (.*)")) {
             expectNext(log_, part_[1]);
+        } else if (is("traced (.*)")) {
+            if (!traces_.contains(part_[1]))
+                throw std::runtime_error("nothing traced that");
         } else if (is("skip (\\d+)")) {
             for (int count = std::stoi(part_[1]); count > 0; --count)
                 expectNext(requests_, "...");
@@ -154,6 +157,7 @@ class Performance {
         deed();
         QCoreApplication::processEvents();
         stage_.camera.setWait([](auto) {});
+        traces_.clear();
         std::erase(log_, "");  // what was as it should be meanwhile
         collect(statement_ == "load");
         if (box.said() != std::exchange(question_, {}))
@@ -168,7 +172,9 @@ class Performance {
                 requests_.push_back(wireText(record));
         stage_.camera.clearRequests();
         for (const std::string& line : stage_.log.take(loaded ? "CameraControl" : ""))
-            if (!std::regex_match(line, traces))
+            if (std::regex_match(line, traces))
+                traces_.insert(line);
+            else
                 log_.push_back(line);
     }
 
@@ -179,6 +185,7 @@ class Performance {
     std::string question_;  // what the next box is to say
     std::deque<std::string> requests_;
     std::deque<std::string> log_;
+    std::set<std::string> traces_;  // of the last deed
     std::set<std::string> unseen_;  // what widgets are to show meanwhile
 };
 
