@@ -18,8 +18,8 @@ std::vector<AVCaptureDevice> AVCaptureDevice::devices() {
     return found;
 }
 
-bool AVCaptureDevice::hasMediaType(AVMediaType type) const {
-    return device_->hasVideo() == (type == AVMediaType::video);
+bool AVCaptureDevice::hasMediaType(AVMediaType /*video*/) const {
+    return device_->hasVideo();
 }
 
 std::string AVCaptureDevice::uniqueID() const {
@@ -33,9 +33,14 @@ std::string AVCaptureDevice::localizedName() const {
 namespace platform {
 namespace {
 
-/// Turns the back end's announcements into notifications.
-class DeviceNotifier : public CaptureListener {
+/// Turns the back end's announcements into notifications, as long as it lives.
+class DeviceAnnouncer : public CaptureListener {
   public:
+    DeviceAnnouncer() { listen(this); }
+    DeviceAnnouncer(const DeviceAnnouncer&) = delete;
+    DeviceAnnouncer& operator=(const DeviceAnnouncer&) = delete;
+    ~DeviceAnnouncer() override { listen(nullptr); }
+
     void arrived(std::shared_ptr<CaptureDevice> device) override {
         post(AVCaptureDeviceWasConnectedNotification, std::move(device));
     }
@@ -45,26 +50,27 @@ class DeviceNotifier : public CaptureListener {
     }
 
   private:
+    void listen(CaptureListener* listener) {
+        if (capture_ != nullptr)
+            capture_->setListener(listener);
+    }
+
     static void post(NSNotificationName name, std::shared_ptr<CaptureDevice> device) {
         NSNotificationCenter::defaultCenter().postNotification(
             {name, AVCaptureDevice(std::move(device))});
     }
-};
 
-void setNotifier(CaptureListener* notifier) {
-    if (CaptureBackend* capture = backends().capture)
-        capture->setListener(notifier);
-}
+    CaptureBackend* capture_ = backends().capture;
+};
 
 }  // namespace
 
-void startDeviceNotifications() {
-    static DeviceNotifier notifier;
-    setNotifier(&notifier);
-}
-
-void stopDeviceNotifications() {
-    setNotifier(nullptr);
+std::shared_ptr<const void> announceDevices() {
+    static std::weak_ptr<const DeviceAnnouncer> current;
+    auto announcer = current.lock();
+    if (!announcer)
+        current = announcer = std::make_shared<const DeviceAnnouncer>();
+    return announcer;
 }
 
 }  // namespace platform

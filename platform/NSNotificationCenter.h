@@ -24,13 +24,15 @@ class NSNotificationCenter {
     static NSNotificationCenter& defaultCenter();
 
     /// From now on calls `selector` of `observer` with each notification called `name`, from any
-    /// sender (`object` is always null). The subscription ends when the observer is destroyed.
+    /// sender (`object` is always null). The subscription ends when the observer is destroyed. As
+    /// long as there is one, the capture back end announces its devices.
     template <class Observer>
     void addObserver(Observer& observer, void (Observer::*selector)(const NSNotification&),
                      NSNotificationName name, std::nullptr_t /*object*/) {
-        observers_.push_back({observer.lifetime(), name, [&observer, selector](const auto& sent) {
-                                  (observer.*selector)(sent);
-                              }});
+        const auto deliver = [&observer, selector](const auto& sent) {
+            (observer.*selector)(sent);
+        };
+        observer.keep(subscribe({name, deliver, platform::announceDevices()}));
     }
 
     /// Delivers `notification` to its observers, in the order in which they subscribed. Main
@@ -39,10 +41,12 @@ class NSNotificationCenter {
 
   private:
     struct Subscription {
-        std::weak_ptr<const void> observer;
         NSNotificationName name;
         std::function<void(const NSNotification&)> deliver;
+        std::shared_ptr<const void> announcements;
     };
 
-    std::vector<Subscription> observers_;
+    std::shared_ptr<const Subscription> subscribe(Subscription subscription);
+
+    std::vector<std::weak_ptr<const Subscription>> subscriptions_;
 };
