@@ -1,50 +1,23 @@
 #include "platform/qt/ImageView.h"
 
 #include <QImage>
-#include <QPaintEngine>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QRegion>
 #include <QVBoxLayout>
-#include <optional>
 #include <utility>
 
 #include "platform/CALayer.h"
 #include "platform/backend/CaptureBackend.h"
+#include "platform/qt/DecoderLayout.h"
 
 namespace platform {
 
 namespace {
 
-/// The place of a picture in `area`: its middle, as large as fits. For a few pixels more it is not
-/// scaled, so that it stays sharp and can be decoded where it is seen.
-QRect placeFor(const VideoFrame& frame, const QRect& area) {
-    constexpr int step = ImageView::kPixelsAtOnce;
-    const QSize size(frame.width, frame.height);
-    const QSize largest = size.scaled(area.size(), Qt::KeepAspectRatio);
-    const int more = largest.width() - size.width();
-    QRect place(QPoint(), more >= 0 && more < step ? size : largest);
-    place.moveCenter(area.center());
-    if (place.size() == size)
-        place.moveLeft(place.left() / step * step);
-    return place;
-}
-
-/// The memory of the window behind `painter` where `place` is, if a picture of that size can be
-/// written there as it is.
-std::optional<QImage> memoryAt(const QPainter& painter, const QRect& place) {
-    auto* device = painter.paintEngine()->paintDevice();
-    const QTransform& transform = painter.deviceTransform();
-    if (device->devType() != QInternal::Image || transform.type() > QTransform::TxTranslate)
-        return std::nullopt;
-    auto& image = *static_cast<QImage*>(device);
-    const QRect there = transform.mapRect(place);
-    const bool fits = image.format() == QImage::Format_RGB32 ||
-                      image.format() == QImage::Format_ARGB32_Premultiplied;
-    if (!fits || !image.rect().contains(there))
-        return std::nullopt;
-    uchar* first = image.scanLine(there.y()) + std::ptrdiff_t{4} * there.x();
-    return QImage(first, there.width(), there.height(), image.bytesPerLine(), image.format());
+/// The place of a picture in a layer's area.
+QRect placeOf(const VideoFrame& frame, const QRect& area) {
+    return DecoderLayout::placeOf(QSize(frame.width, frame.height), area);
 }
 
 /// Draws a picture into `place`, within `open`.
@@ -56,7 +29,8 @@ void drawFrame(QPainter& painter, const VideoFrame& frame, const QRect& place,
     };
     const QSize size(frame.width, frame.height);
     const bool isAllOpen = QRegion(place).subtracted(open).isEmpty();
-    if (auto memory = memoryAt(painter, place); memory && place.size() == size && isAllOpen)
+    if (auto memory = DecoderLayout::memoryAt(painter, place);
+        memory && place.size() == size && isAllOpen)
         return write(*memory);
     QImage image(size, QImage::Format_RGB32);
     write(image);
@@ -80,7 +54,7 @@ QRect pictureIn(const CALayer& layer, QPoint origin) {
         if (const QRect picture = pictureIn(**sublayer, area.topLeft()); !picture.isEmpty())
             return picture;
     const auto contents = layer.contents();
-    return contents ? placeFor(*contents, area) : QRect();
+    return contents ? placeOf(*contents, area) : QRect();
 }
 
 QColor colorOf(const CGColor& color) {
@@ -102,7 +76,7 @@ QRegion drawLayer(QPainter& painter, const CALayer& layer, QPoint origin, QRegio
     for (auto sublayer = above.rbegin(); sublayer != above.rend(); ++sublayer)
         open = drawLayer(painter, **sublayer, area.topLeft(), std::move(open));
     if (const auto contents = layer.contents()) {
-        const QRect place = placeFor(*contents, area);
+        const QRect place = placeOf(*contents, area);
         if (open.intersects(place))
             drawFrame(painter, *contents, place, open);
         open -= place;

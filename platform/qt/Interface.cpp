@@ -9,6 +9,7 @@
 
 #include "platform/NSViewController.h"
 #include "platform/qt/Accessibility.h"
+#include "platform/qt/DecoderLayout.h"
 #include "platform/qt/ImageView.h"
 #include "platform/qt/Look.h"
 #include "platform/qt/WidgetActions.h"
@@ -91,16 +92,15 @@ InterfaceWindow::InterfaceWindow(NSViewController& controller, std::unique_ptr<Q
     : controller_(controller),
       window_(std::move(window)),
       actions_(std::make_unique<Actions>(controller, *window_)) {
-    // As wide as the preview needs for the pixels of a picture, one by one, and with all rows of
-    // the window's memory laid out alike for the decoder.
-    constexpr int step = ImageView::kPixelsAtOnce;
-    window_->resize((window_->sizeHint().width() + step - 1) / step * step, window_->height());
+    // As wide as the preview needs to show each pixel of a picture.
+    window_->resize(window_->sizeHint().width(), window_->height());
+    DecoderLayout::align(*window_);
     guardWheel(*window_);
     nameLists(*window_);
     connectOutlets();
     connectActions();
     controller.setTitleHandler(
-        [this](const std::string& title) { window_->setWindowTitle(fromUtf8(title)); });
+        [this](std::string_view title) { window_->setWindowTitle(fromUtf8(title)); });
 }
 
 InterfaceWindow::~InterfaceWindow() {
