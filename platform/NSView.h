@@ -77,14 +77,16 @@ class NSPopUpButton : public NSControl {
 class NSButton : public NSControl {
   public:
     using NSControl::NSControl;
-    /// 0 is off, every other value on; -1 is mixed on a check box that allows it.
+    /// 0 is off, every other value on.
     void setState(int state) const;
+    /// 0 or 1.
     int state() const;
     /// The same as `setState`.
     void setIntValue(int value) const;
     /// Shows the image; none takes the image away.
     void setImage(const std::optional<NSImage>& image) const;
     void setBordered(bool bordered) const;
+    /// Lets the user give a check box a third state, neither on nor off; other buttons have none.
     void setAllowsMixedState(bool allowed) const;
 };
 

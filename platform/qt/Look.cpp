@@ -15,8 +15,8 @@ namespace platform {
 namespace {
 
 // How far colours must be apart by the WCAG 2.1, and somewhat more for lines, which are softened.
-constexpr double kTextContrast = 4.5;
-constexpr double kLineContrast = 3.6;
+constexpr double textContrast = 4.5;
+constexpr double lineContrast = 3.6;
 
 double luminance(const QColor& color) {
     const auto linear = [](float part) {
@@ -41,7 +41,7 @@ QColor lineColor(const QPalette& palette) {
         line =
             QColor::fromRgbF(mix(window.redF(), text.redF()), mix(window.greenF(), text.greenF()),
                              mix(window.blueF(), text.blueF()));
-        if (contrast(line, window) >= kLineContrast)
+        if (contrast(line, window) >= lineContrast)
             break;
     }
     return line;
@@ -56,7 +56,7 @@ class Look : public QProxyStyle {
     void polish(QPalette& palette) override {
         QProxyStyle::polish(palette);
         const QColor chosen = palette.color(QPalette::Highlight);
-        if (contrast(palette.color(QPalette::HighlightedText), chosen) < kTextContrast)
+        if (contrast(palette.color(QPalette::HighlightedText), chosen) < textContrast)
             palette.setColor(QPalette::HighlightedText,
                              luminance(chosen) > 0.18 ? Qt::black : Qt::white);
     }
@@ -102,8 +102,8 @@ class Look : public QProxyStyle {
 
     /// The same palette for the same one: the style keeps a picture of a control for each.
     QPalette outlined(const QPalette& palette) const {
-        constexpr qsizetype kPalettes = 32;  // more than are in use at any time
-        if (palettes_.size() > kPalettes)
+        constexpr qsizetype mostPalettes = 32;  // more than are in use at any time
+        if (palettes_.size() > mostPalettes)
             palettes_.clear();
         const auto known = palettes_.constFind(palette.cacheKey());
         if (known != palettes_.cend())
