@@ -36,10 +36,12 @@ namespace {
 /// Turns the back end's announcements into notifications, as long as it lives.
 class DeviceAnnouncer : public CaptureListener {
   public:
-    DeviceAnnouncer() { listen(this); }
+    explicit DeviceAnnouncer(CaptureBackend& capture) : capture_(capture) {
+        capture_.setListener(this);
+    }
     DeviceAnnouncer(const DeviceAnnouncer&) = delete;
     DeviceAnnouncer& operator=(const DeviceAnnouncer&) = delete;
-    ~DeviceAnnouncer() override { listen(nullptr); }
+    ~DeviceAnnouncer() override { capture_.setListener(nullptr); }
 
     void arrived(std::shared_ptr<CaptureDevice> device) override {
         post(AVCaptureDeviceWasConnectedNotification, std::move(device));
@@ -50,17 +52,12 @@ class DeviceAnnouncer : public CaptureListener {
     }
 
   private:
-    void listen(CaptureListener* listener) {
-        if (capture_ != nullptr)
-            capture_->setListener(listener);
-    }
-
     static void post(NSNotificationName name, std::shared_ptr<CaptureDevice> device) {
         NSNotificationCenter::defaultCenter().postNotification(
             {name, AVCaptureDevice(std::move(device))});
     }
 
-    CaptureBackend* capture_ = backends().capture;
+    CaptureBackend& capture_;
 };
 
 }  // namespace
@@ -68,8 +65,8 @@ class DeviceAnnouncer : public CaptureListener {
 std::shared_ptr<const void> announceDevices() {
     static std::weak_ptr<const DeviceAnnouncer> current;
     auto announcer = current.lock();
-    if (!announcer)
-        current = announcer = std::make_shared<const DeviceAnnouncer>();
+    if (CaptureBackend* capture = backends().capture; capture != nullptr && !announcer)
+        current = announcer = std::make_shared<const DeviceAnnouncer>(*capture);
     return announcer;
 }
 

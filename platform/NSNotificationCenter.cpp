@@ -1,7 +1,5 @@
 #include "platform/NSNotificationCenter.h"
 
-#include <utility>
-
 NSNotificationCenter& NSNotificationCenter::defaultCenter() {
     static NSNotificationCenter center;
     return center;
@@ -15,11 +13,4 @@ void NSNotificationCenter::postNotification(const NSNotification& notification) 
         if (const auto subscription = entry.lock();
             subscription && subscription->name == notification.name)
             subscription->deliver(notification);
-}
-
-auto NSNotificationCenter::subscribe(Subscription subscription)
-    -> std::shared_ptr<const Subscription> {
-    auto made = std::make_shared<const Subscription>(std::move(subscription));
-    subscriptions_.push_back(made);
-    return made;
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/AVCaptureDevice.h"
@@ -32,7 +33,10 @@ class NSNotificationCenter {
         const auto deliver = [&observer, selector](const auto& sent) {
             (observer.*selector)(sent);
         };
-        observer.keep(subscribe({name, deliver, platform::announceDevices()}));
+        auto subscription = std::make_shared<const Subscription>(
+            Subscription{name, deliver, platform::announceDevices()});
+        subscriptions_.push_back(subscription);
+        observer.keep(std::move(subscription));
     }
 
     /// Delivers `notification` to its observers, in the order in which they subscribed. Main
@@ -45,8 +49,6 @@ class NSNotificationCenter {
         std::function<void(const NSNotification&)> deliver;
         std::shared_ptr<const void> announcements;
     };
-
-    std::shared_ptr<const Subscription> subscribe(Subscription subscription);
 
     std::vector<std::weak_ptr<const Subscription>> subscriptions_;
 };

@@ -46,7 +46,7 @@ class NSSlider : public NSControl {
     using NSControl::NSControl;
     void setMinValue(double minimum) const;
     void setMaxValue(double maximum) const;
-    /// Spreads `count` tick marks evenly over the range.
+    /// Spreads `count` tick marks evenly over the range; shows none when there are less than two.
     void setNumberOfTickMarks(int count) const;
     /// Moves the knob to `value`, or to the nearest end of the range.
     void setIntValue(int value) const;

@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <cstddef>
 
+#include "platform/backend/CaptureBackend.h"
+
 namespace platform {
 
 namespace {
@@ -26,11 +28,12 @@ void DecoderLayout::align(QWidget& window) {
     window.resize(roundedUp(window.width() + added), window.height());
 }
 
-QRect DecoderLayout::placeOf(const QSize& picture, const QRect& area) {
-    const QSize largest = picture.scaled(area.size(), Qt::KeepAspectRatio);
-    const int more = largest.width() - picture.width();
+QRect DecoderLayout::placeOf(const VideoFrame& picture, const QRect& area) {
+    const QSize size(picture.width, picture.height);
+    const QSize largest = size.scaled(area.size(), Qt::KeepAspectRatio);
+    const int more = largest.width() - size.width();
     const bool isScaled = more < 0 || more >= pixelsAtOnce;
-    QRect place(QPoint(), isScaled ? largest : picture);
+    QRect place(QPoint(), isScaled ? largest : size);
     place.moveCenter(area.center());
     if (!isScaled)
         place.moveLeft(place.left() / pixelsAtOnce * pixelsAtOnce);

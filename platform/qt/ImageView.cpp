@@ -15,12 +15,7 @@ namespace platform {
 
 namespace {
 
-/// The place of a picture in a layer's area.
-QRect placeOf(const VideoFrame& frame, const QRect& area) {
-    return DecoderLayout::placeOf(QSize(frame.width, frame.height), area);
-}
-
-/// Draws a picture into `place`, within `open`.
+/// Draws a picture into `place`, as far as that is in `open`.
 void drawFrame(QPainter& painter, const VideoFrame& frame, const QRect& place,
                const QRegion& open) {
     const auto write = [&](QImage& image) {
@@ -54,7 +49,7 @@ QRect pictureIn(const CALayer& layer, QPoint origin) {
         if (const QRect picture = pictureIn(**sublayer, area.topLeft()); !picture.isEmpty())
             return picture;
     const auto contents = layer.contents();
-    return contents ? placeOf(*contents, area) : QRect();
+    return contents ? DecoderLayout::placeOf(*contents, area) : QRect();
 }
 
 QColor colorOf(const CGColor& color) {
@@ -67,16 +62,16 @@ void fill(QPainter& painter, const QRegion& region, const QColor& color) {
         painter.fillRect(part, color);
 }
 
-/// Draws a layer, whose superlayer starts at `origin`, and what is above it into `open`; returns
-/// what is open still. The topmost comes first and nothing is drawn twice, as each picture of a
-/// camera comes through here. Pictures and colours cover what is below them.
+/// Draws a layer, whose superlayer starts at `origin`, and the layers on it where nothing has been
+/// drawn yet, in `open`; returns where that is still so. The topmost layer comes first, so that no
+/// pixel is drawn twice: each picture of a camera comes through here.
 QRegion drawLayer(QPainter& painter, const CALayer& layer, QPoint origin, QRegion open) {
     const QRect area = areaOf(layer, origin);
     const auto& above = layer.sublayers();
     for (auto sublayer = above.rbegin(); sublayer != above.rend(); ++sublayer)
         open = drawLayer(painter, **sublayer, area.topLeft(), std::move(open));
     if (const auto contents = layer.contents()) {
-        const QRect place = placeOf(*contents, area);
+        const QRect place = DecoderLayout::placeOf(*contents, area);
         if (open.intersects(place))
             drawFrame(painter, *contents, place, open);
         open -= place;

@@ -19,7 +19,7 @@ class ImageView : public QWidget {
     void setLayer(const std::shared_ptr<CALayer>& layer);
     const std::shared_ptr<CALayer>& layer() const { return layer_; }
 
-    /// The size of a camera's picture as it comes, each of its pixels to be seen.
+    /// Room for each pixel of a camera's picture.
     QSize sizeHint() const override { return {640, 480}; }
 
   protected:

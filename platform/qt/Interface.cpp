@@ -25,7 +25,7 @@ namespace {
 /// Makes the widgets of this layer besides the toolkit's own.
 class Loader : public QUiLoader {
   public:
-    Loader() { clearPluginPaths(); }  // nothing but the application decides what a widget is
+    Loader() { clearPluginPaths(); }  // no plug-in of the desktop changes a widget
 
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override {
         QWidget* widget = createOwn(className, parent);

@@ -83,15 +83,16 @@ class Look : public QProxyStyle {
                            const QWidget* widget) const override {
         QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
         const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
-        // The knob keeps clear of the tick marks, and would lose its upper end.
+        // The knob is moved up from the tick marks, and needs the room that it loses above.
         if (type == CT_Slider && slider != nullptr && slider->tickPosition != QSlider::NoTicks)
             size.rheight() += 4;
         return size;
     }
 
   private:
-    /// The style takes its outlines from the window's colour, darkened; the option of a control
-    /// that can be worked gets the one that it makes a good line of.
+    /// The style draws outlines in the window's colour, darkened. Returns the option of a control
+    /// with a window's colour from which that makes a line that stands out, if the control is
+    /// enabled.
     template <class Option>
     std::unique_ptr<Option> outlined(const Option& option) const {
         auto changed = std::make_unique<Option>(option);
@@ -100,7 +101,8 @@ class Look : public QProxyStyle {
         return changed;
     }
 
-    /// The same palette for the same one: the style keeps a picture of a control for each.
+    /// Returns the same result for the same palette, because the style keeps pictures of all
+    /// controls for each palette that it is given.
     QPalette outlined(const QPalette& palette) const {
         constexpr qsizetype mostPalettes = 32;  // more than are in use at any time
         if (palettes_.size() > mostPalettes)

@@ -26,7 +26,7 @@ void show(QWidget& window) {
     window.show();
 }
 
-/// Runs the window's life on an application that exists; returns the exit status.
+/// Shows the window until the application ends; returns the exit status.
 int runWindow(NSApplicationDelegate& delegate, NSViewController& controller) {
     const auto window = platform::InterfaceWindow::load(controller);
     if (!window) {

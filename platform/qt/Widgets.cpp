@@ -57,7 +57,7 @@ void ValueLabel::changeEvent(QEvent* event) {
 
 void ValueLabel::makeRoom() {
     const QFontMetrics metrics = fontMetrics();
-    constexpr int rounding = 2;  // what the digits of a real number may be wider
+    constexpr int rounding = 2;  // other digits may be wider than zeros
     setFixedSize(metrics.horizontalAdvance(QStringLiteral("-0000000000")) + rounding,
                  metrics.height());
 }

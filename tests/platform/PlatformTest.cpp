@@ -43,7 +43,7 @@ TEST(Utf8Test, PrintsAllButControlsLineBreaksAndMarksOfDirection) {
     }
 }
 
-TEST(LayerTest, TellsItsViewOfEachChangeAndOutlivesWhatItLaysOn) {
+TEST(LayerTest, TellsItsViewOfEachChangeAndMayOutliveItsSuperlayer) {
     auto base = CALayer::layer();
     const auto sublayer = CALayer::layer();
     std::vector<const CALayer*> changed;
@@ -99,7 +99,7 @@ class UsbTest : public testing::Test {
 
     bool isFound() const { return IOServiceGetMatchingService({}, matching) != nullptr; }
 
-    /// Gives out the interface of a service by way of a plug-in: the last status.
+    /// Asks a plug-in of the type for the wanted interface; returns the last status.
     template <class Interface>
     static IOReturn query(const io_service_t& service, const CFUUIDBytes& type,
                           const CFUUIDBytes& wanted, std::unique_ptr<Interface>& interface) {

@@ -89,6 +89,40 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     EXPECT_EQ(cameras.count(), 1);
 }
 
+TEST(WidgetTest, AnEmptyReferenceAndOneToAnotherKindReadAsNothing) {
+    WindowFixture fixture;
+    NSView other;
+    for (int round = 0; round < 2; ++round) {
+        NSSlider slider;
+        NSPopUpButton list;
+        NSComboBox box;
+        NSImageView view;
+        NSButton button;
+        for (NSView* reference : std::initializer_list<NSView*>{&slider, &list, &box, &view})
+            reference->connect(other);
+        slider.setIntValue(5);
+        EXPECT_EQ(slider.intValue(), 0);
+        EXPECT_EQ(list.title() + box.stringValue() + box.itemObjectValueAtIndex(0), "");
+        EXPECT_EQ(box.numberOfItems(), 0);
+        EXPECT_EQ(button.state(), 0);
+        EXPECT_EQ(view.layer(), nullptr);
+        EXPECT_EQ(view.bounds().x + view.bounds().y + view.bounds().width, 0);
+        other.connect(fixture.controller().m_textBright);
+    }
+}
+
+TEST(WidgetTest, TabStopsAtTheRadioButtonThatIsOn) {
+    WindowFixture fixture;
+    fixture.controller().m_btnStylePC.setState(1);
+    fixture.controller().m_btnBright.setState(0);
+    fixture.controller().m_btnAutoWB.setState(1);
+    for (const char* name : {"m_btnStylePC", "m_btnBright", "m_btnStyleNormal"})
+        EXPECT_EQ(fixture.button(name).focusPolicy(),
+                  fixture.button(name).isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+    EXPECT_EQ(fixture.controller().m_btnStylePC.state(), 1);
+    EXPECT_EQ(fixture.button("m_btn50HZ").focusPolicy(), Qt::StrongFocus);
+}
+
 /// A layer that shows one red picture, twice as wide as high at first, and tells where it wrote it.
 struct RedLayer : CALayer {
     int width = 4;
@@ -150,6 +184,26 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         EXPECT_NE(colour(-1, top), QColor(Qt::red));
     }
     layer->setNeedsDisplay();
+}
+
+TEST(WidgetTest, APictureIsNotDrawnOverTheLayersOnIt) {
+    const auto base = CALayer::layer();
+    const auto picture = std::make_shared<RedLayer>();
+    const auto above = CALayer::layer();
+    base->setBackgroundColor({0, 1, 0, 1});
+    base->addSublayer(picture);
+    picture->addSublayer(above);
+    picture->setFrame({40, 20, 80, 40});
+    above->setFrame({10, 10, 20, 10});
+    above->setBackgroundColor({0, 0, 1, 1});
+    WindowFixture fixture;
+    fixture.controller().m_previewWnd.setLayer(base);
+    const QImage shown = fixture.find<QWidget>("m_previewWnd")->grab().toImage();
+    const std::pair<QPoint, QColor> seen[] = {
+        {{39, 20}, Qt::green}, {{40, 20}, Qt::red},  {{119, 59}, Qt::red}, {{120, 59}, Qt::green},
+        {{49, 30}, Qt::red},   {{50, 30}, Qt::blue}, {{69, 39}, Qt::blue}, {{70, 39}, Qt::red}};
+    for (const auto& [place, colour] : seen)
+        EXPECT_EQ(shown.pixelColor(place), colour) << place.x() << ", " << place.y();
 }
 
 }  // namespace
