@@ -7,55 +7,36 @@
 
 namespace {
 
-#define ACTION(name) IBAction<&ViewController::name>(#name ":"),
-#define VALUE_ACTIONS(row, selector, slider, sliderAction, list, listAction, ...) \
-    ACTION(sliderAction) ACTION(listAction)
-#define SWITCH_ACTION(row, selector, button, action, ...) ACTION(action)
-#define STYLE_ACTION(number, button, action) ACTION(action)
-#define SLIDER_ACTION(row, action, ...) ACTION(action)
-// clang-format off
+#define ACTION(name) IBAction<&ViewController::name>(#name ":")
 constexpr std::array actionTable{
-    ACTION(OnCbxDeviceChanged)
-    ACTION(OnBtnOpenCamera)
-    ENUMERATE_VENDOR_VALUES(VALUE_ACTIONS)
-    ENUMERATE_VENDOR_SWITCHES(SWITCH_ACTION)
-    ENUMERATE_PICTURE_STYLES(STYLE_ACTION)
-    ACTION(OnBtnRestore)
-    ENUMERATE_STANDARD_SLIDERS(SLIDER_ACTION)
-    ACTION(OnBtnAutoWB)
-    ACTION(OnBtnAutoFocus)
-    ACTION(OnBtnAutoExposure)
-    ACTION(OnBtnUvcDefault)
-    ACTION(OnAntiFlicker60HZ)
-    ACTION(OnAntiFlicker50HZ)
-};
-// clang-format on
-#undef SLIDER_ACTION
-#undef STYLE_ACTION
-#undef SWITCH_ACTION
-#undef VALUE_ACTIONS
+    ACTION(OnCbxDeviceChanged), ACTION(OnBtnOpenCamera),   ACTION(OnSliderCompValue),
+    ACTION(OnChooseCompValue),  ACTION(OnSliderRgain),     ACTION(OnChooseRgain),
+    ACTION(OnSliderBgain),      ACTION(OnSpinBgain),       ACTION(OnSliderDrc),
+    ACTION(OnChooseDrc),        ACTION(OnSliderNR2D),      ACTION(OnBtnNR2D),
+    ACTION(OnSliderNR3D),       ACTION(OnBtnNR3D),         ACTION(OnBtnCompSwitch),
+    ACTION(OnBtnH264Switch),    ACTION(OnBtnAudioSwitch),  ACTION(OnBtnFlipV),
+    ACTION(OnBtnFlipH),         ACTION(OnBtnStyleNormal),  ACTION(OnBtnStyleClarity),
+    ACTION(OnBtnStyleBright),   ACTION(OnBtnStylePC),      ACTION(OnBtnStyleClarityLed),
+    ACTION(OnBtnSytleFace),     ACTION(OnBtnStyleDefault), ACTION(OnBtnRestore),
+    ACTION(OnSliderBright),     ACTION(OnSliderContrast),  ACTION(OnSliderHue),
+    ACTION(OnSliderSaturation), ACTION(OnSliderSharpness), ACTION(OnSliderGama),
+    ACTION(OnSliderWB),         ACTION(OnSliderBackLight), ACTION(OnSliderGain),
+    ACTION(OnSliderZoom),       ACTION(OnSliderFocus),     ACTION(OnSliderAutoExposure),
+    ACTION(OnSliderPano),       ACTION(OnSliderTile),      ACTION(OnBtnAutoWB),
+    ACTION(OnBtnAutoFocus),     ACTION(OnBtnAutoExposure), ACTION(OnBtnUvcDefault),
+    ACTION(OnAntiFlicker60HZ),  ACTION(OnAntiFlicker50HZ)};
 #undef ACTION
 
-void showSwitchesOff(ViewController& controller) {
-    for (const auto* control :
-         {&vendor::compensationSwitch, &vendor::h264Switch, &vendor::audioSwitch,
-          &vendor::horizontalFlip, &vendor::verticalFlip}) {
+void showSwitchesOff(const ViewController& controller) {
+    for (const vendor::SwitchControl* control : vendor::switches) {
         const NSButton& button = controller.*control->button;
         button.setImage(NSImage::imageNamed("button_off.png"));
         button.setBordered(false);
     }
 }
 
-void emptyLists(ViewController& controller) {
-    for (const auto* control : {&vendor::compensation, &vendor::blueGain, &vendor::redGain,
-                                &vendor::dynamicRange, &vendor::noise2D, &vendor::noise3D})
-        (controller.*control->list).removeAllItems();
-    controller.m_cbxDevice.removeAllItems();
-}
-
-void fillLists(ViewController& controller) {
-    for (const auto* control : {&vendor::compensation, &vendor::redGain, &vendor::blueGain,
-                                &vendor::dynamicRange, &vendor::noise2D, &vendor::noise3D}) {
+void fillLists(const ViewController& controller) {
+    for (const vendor::ValueControl* control : vendor::values) {
         const NSPopUpButton& list = controller.*control->list;
         vendor::fillList(list, control->highest, control->lowest);
         vendor::chooseNumber(list, 0);
@@ -67,7 +48,7 @@ void fillLists(ViewController& controller) {
 void ViewController::viewDidLoad() {
     NSViewController::viewDidLoad();
     showSwitchesOff(*this);
-    emptyLists(*this);
+    m_cbxDevice.removeAllItems();
     fillLists(*this);
     RegisterHidEvent();
     setTitle("Quelvo");

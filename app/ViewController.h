@@ -5,8 +5,6 @@
 #include <memory>
 #include <span>
 
-#include "pages/uvc/StandardSliders.h"
-#include "pages/vendor/VendorControls.h"
 #include "platform/NSNotificationCenter.h"
 #include "platform/NSViewController.h"
 
@@ -31,24 +29,42 @@ class ViewController : public NSViewController {
     // pages/vendor/: the controls of the vendor extension unit.
 
     /// Rebuilds the list of the red gain (`list` 0) or the blue gain (any other): "10" down to "0",
-    /// and on to "-10" when `min` is not 0. Chooses no item.
+    /// and on to "-10" when `min` is not 0. The caller chooses the item.
     void ChangeCtrlRange(std::int32_t list, std::int32_t min);
     /// Switches all seven style buttons off.
     void DisCheckAllStyle();
     /// Restores the vendor defaults, once confirmed, and loads both pages again.
     void OnBtnRestore(const NSButton& sender);
-    // An action for each slider and each list, each switch and each style.
-#define DECLARE_VALUE(row, selector, slider, sliderAction, list, listAction, ...) \
-    void sliderAction(const NSSlider& sender);                                    \
-    void listAction(const NSPopUpButton& sender);
-    ENUMERATE_VENDOR_VALUES(DECLARE_VALUE)
-#undef DECLARE_VALUE
-#define DECLARE_SWITCH(row, selector, button, action, ...) void action(const NSButton& sender);
-    ENUMERATE_VENDOR_SWITCHES(DECLARE_SWITCH)
-#undef DECLARE_SWITCH
-#define DECLARE_STYLE(number, button, action) void action(const NSButton& sender);
-    ENUMERATE_PICTURE_STYLES(DECLARE_STYLE)
-#undef DECLARE_STYLE
+
+    // A value's slider and its list: each takes on the other's number and sends it.
+    void OnSliderCompValue(const NSSlider& sender);
+    void OnChooseCompValue(const NSPopUpButton& sender);
+    void OnSliderRgain(const NSSlider& sender);
+    void OnChooseRgain(const NSPopUpButton& sender);
+    void OnSliderBgain(const NSSlider& sender);
+    void OnSpinBgain(const NSPopUpButton& sender);
+    void OnSliderDrc(const NSSlider& sender);
+    void OnChooseDrc(const NSPopUpButton& sender);
+    void OnSliderNR2D(const NSSlider& sender);
+    void OnBtnNR2D(const NSPopUpButton& sender);
+    void OnSliderNR3D(const NSSlider& sender);
+    void OnBtnNR3D(const NSPopUpButton& sender);
+
+    // A switch shows and sends the state that the click has given it; the streams ask first.
+    void OnBtnCompSwitch(const NSButton& sender);
+    void OnBtnH264Switch(const NSButton& sender);
+    void OnBtnAudioSwitch(const NSButton& sender);
+    void OnBtnFlipV(const NSButton& sender);
+    void OnBtnFlipH(const NSButton& sender);
+
+    // A picture style switches the others off and sends its number.
+    void OnBtnStyleNormal(const NSButton& sender);
+    void OnBtnStyleClarity(const NSButton& sender);
+    void OnBtnStyleBright(const NSButton& sender);
+    void OnBtnStylePC(const NSButton& sender);
+    void OnBtnStyleClarityLed(const NSButton& sender);
+    void OnBtnSytleFace(const NSButton& sender);
+    void OnBtnStyleDefault(const NSButton& sender);
 
     // pages/uvc/: the standard UVC controls.
 
@@ -56,15 +72,31 @@ class ViewController : public NSViewController {
     void ReadConfig_UVC();
     /// Shows `uvcCfg`, then reads and shows the camera terminal's controls.
     void InitUVCPage();
-    // An action for each slider.
-#define DECLARE_SLIDER(row, action, ...) void action(const NSSlider& sender);
-    ENUMERATE_STANDARD_SLIDERS(DECLARE_SLIDER)
-#undef DECLARE_SLIDER
+
+    // A slider shows its number beside it and sends it as the control's value.
+    void OnSliderBright(const NSSlider& sender);
+    void OnSliderContrast(const NSSlider& sender);
+    void OnSliderHue(const NSSlider& sender);
+    void OnSliderSaturation(const NSSlider& sender);
+    void OnSliderSharpness(const NSSlider& sender);
+    void OnSliderGama(const NSSlider& sender);
+    void OnSliderWB(const NSSlider& sender);
+    void OnSliderBackLight(const NSSlider& sender);
+    void OnSliderGain(const NSSlider& sender);
+    void OnSliderZoom(const NSSlider& sender);
+    void OnSliderFocus(const NSSlider& sender);
+    void OnSliderAutoExposure(const NSSlider& sender);
+    void OnSliderPano(const NSSlider& sender);
+    void OnSliderTile(const NSSlider& sender);
+
+    // An automatic mode is sent, and takes its slider from the user or gives it back.
     void OnBtnAutoWB(const NSButton& sender);
     void OnBtnAutoFocus(const NSButton& sender);
     void OnBtnAutoExposure(const NSButton& sender);
+
     /// Gives every standard control that no automatic mode holds its default.
     void OnBtnUvcDefault(const NSButton& sender);
+    // A power-line frequency is sent, and switches the other one off.
     void OnAntiFlicker60HZ(const NSButton& sender);
     void OnAntiFlicker50HZ(const NSButton& sender);
 

@@ -55,3 +55,7 @@ const UVCControlInfo* findControl(std::int32_t unitKind, std::int32_t selector) 
     });
     return row == table.end() ? nullptr : row;
 }
+
+bool isControlSize(std::int32_t size) {
+    return std::ranges::find(table, size, &UVCControlInfo::size) != table.end();
+}

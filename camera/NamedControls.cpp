@@ -27,7 +27,7 @@ class OwnBuffer {
     std::span<const std::uint8_t> bytes() const { return bytes_; }
 
   private:
-    std::array<std::uint8_t, 8> bytes_{};
+    std::array<std::uint8_t, longestControl> bytes_{};
     void* callersBuffer_;
     std::int32_t callersLength_;
 };
@@ -51,6 +51,10 @@ std::int64_t UVCCameraControl::decodedReply(std::int32_t code, const UVCControlI
 
 float UVCCameraControl::levelOf(std::int32_t selector) {
     return static_cast<float>(decodedReply(GET_CUR, *findControl(UNIT_PU, selector)));
+}
+
+std::int8_t UVCCameraControl::setLevel(std::int32_t selector, float value) {
+    return setValue(integerPart(double{value}), findControl(UNIT_PU, selector));
 }
 
 UVCControlRange UVCCameraControl::getRangeForControl(const UVCControlInfo* control) {
@@ -80,15 +84,53 @@ float UVCCameraControl::getExposure() {
     return static_cast<float>(1 - decodedReply(GET_CUR, *control));
 }
 
-#define DEFINE_LEVEL(name, selector)                                                 \
-    std::int8_t UVCCameraControl::set##name(float value) {                           \
-        return setValue(integerPart(double{value}), findControl(UNIT_PU, selector)); \
-    }                                                                                \
-    float UVCCameraControl::get##name() {                                            \
-        return levelOf(selector);                                                    \
-    }
-ENUMERATE_NAMED_LEVELS(DEFINE_LEVEL)
-#undef DEFINE_LEVEL
+std::int8_t UVCCameraControl::setGain(float value) {
+    return setLevel(PU_GAIN_CONTROL, value);
+}
+
+float UVCCameraControl::getGain() {
+    return levelOf(PU_GAIN_CONTROL);
+}
+
+std::int8_t UVCCameraControl::setBrightness(float value) {
+    return setLevel(PU_BRIGHTNESS_CONTROL, value);
+}
+
+float UVCCameraControl::getBrightness() {
+    return levelOf(PU_BRIGHTNESS_CONTROL);
+}
+
+std::int8_t UVCCameraControl::setContrast(float value) {
+    return setLevel(PU_CONTRAST_CONTROL, value);
+}
+
+float UVCCameraControl::getContrast() {
+    return levelOf(PU_CONTRAST_CONTROL);
+}
+
+std::int8_t UVCCameraControl::setSaturation(float value) {
+    return setLevel(PU_SATURATION_CONTROL, value);
+}
+
+float UVCCameraControl::getSaturation() {
+    return levelOf(PU_SATURATION_CONTROL);
+}
+
+std::int8_t UVCCameraControl::setSharpness(float value) {
+    return setLevel(PU_SHARPNESS_CONTROL, value);
+}
+
+float UVCCameraControl::getSharpness() {
+    return levelOf(PU_SHARPNESS_CONTROL);
+}
+
+std::int8_t UVCCameraControl::setWhiteBalance(float value) {
+    return setLevel(PU_WHITE_BALANCE_TEMPERATURE_CONTROL, value);
+}
+
+float UVCCameraControl::getWhiteBalance() {
+    return levelOf(PU_WHITE_BALANCE_TEMPERATURE_CONTROL);
+}
 
 std::int8_t UVCCameraControl::setAutoWhiteBalance(bool automatic) {
     const UVCControlInfo* mode = findControl(UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL);

@@ -25,13 +25,13 @@ OpenResult openDevice(const io_service_t& service,
     std::int32_t score = 0;
     const IOReturn created = IOCreatePlugInInterfaceForService(
         service, kIOUSBDeviceUserClientTypeID, kIOCFPlugInInterfaceID, plugIn, score);
-    if (created != kIOReturnSuccess || !plugIn) {
+    if (created != kIOReturnSuccess) {
         NSLog("CameraControl Error: IOCreatePlugInInterfaceForService returned 0x%08x.",
               statusBits(created));
         return noPlugIn;
     }
     const IOReturn queried = plugIn->QueryInterface(kIOUSBDeviceInterfaceID, deviceInterface);
-    if (queried != kIOReturnSuccess || !deviceInterface) {
+    if (queried != kIOReturnSuccess) {
         NSLog("CameraControl Error: QueryInterface returned %d.\n", queried);
         return noDeviceInterface;
     }
@@ -133,13 +133,13 @@ std::unique_ptr<IOUSBInterfaceStruct190> UVCCameraControl::getControlInferaceWit
     const IOReturn created = IOCreatePlugInInterfaceForService(
         first, kIOUSBInterfaceUserClientTypeID, kIOCFPlugInInterfaceID, plugIn, score);
     IOObjectRelease(first);
-    if (created != kIOReturnSuccess || !plugIn) {
+    if (created != kIOReturnSuccess) {
         NSLog("CameraControl Error: Unable to create a plug-in (%08x)\n", statusBits(created));
         return nullptr;
     }
     std::unique_ptr<IOUSBInterfaceStruct190> found;
     const IOReturn queried = plugIn->QueryInterface(kIOUSBInterfaceInterfaceID, found);
-    if (queried != kIOReturnSuccess || !found) {
+    if (queried != kIOReturnSuccess) {
         NSLog(
             "CameraControl Error: Couldn\u2019t create a device interface for the interface (%08x)",
             statusBits(queried));

@@ -27,7 +27,7 @@ std::int8_t UVCCameraControl::Capture_SetValue(std::int32_t unitKind, std::int32
         NSLog("CameraControl Error: %d bytes do not fit a control of %d", count, size);
         return 1;
     }
-    std::array<std::uint8_t, 8> field{};
+    std::array<std::uint8_t, longestControl> field{};
     std::copy_n(static_cast<const std::uint8_t*>(val), count, field.begin());
     return setValue(signedLittleEndian(std::span(field).first(static_cast<std::size_t>(size))),
                     control);
@@ -45,11 +45,20 @@ std::int64_t Capture_Transfer(std::uint32_t selector, std::int32_t direction, vo
     }
     if (direction != captureRead)
         return 0;
-    g_dataBuffer = buffer;
+    // A standard control is answered in its own size, for which the caller may have too little
+    // room.
+    std::array<std::uint8_t, longestControl> answer{};
+    auto* const room = static_cast<std::uint8_t*>(buffer);
+    const bool isShort = room != nullptr && kind != UNIT_XU && length < answer.size();
+    if (isShort)
+        std::copy_n(room, length, answer.begin());
+    g_dataBuffer = isShort ? answer.data() : room;
     g_length = static_cast<std::int32_t>(length);
     NSLog("g_length:%d", g_length);
     const std::int64_t status = g_uvcCamera->Capture_GetValue(kind, message);
     NSLog("g_length2:%d", g_length);
+    if (isShort)
+        std::copy_n(answer.begin(), length, room);
     g_dataBuffer = nullptr;  // the caller's buffer need not outlive the call
     return status;
 }

@@ -7,8 +7,9 @@
 inline constexpr std::int32_t captureRead = 0;
 inline constexpr std::int32_t captureWrite = 1;
 
-/// Reads a control of the open camera into `buffer`, which has room for `length` bytes, or writes
-/// the `length` bytes there. Returns 0 done, 1 failed or no camera open.
+/// Reads a control of the open camera into `buffer`, which has room for `length` bytes and never
+/// takes more, or writes the `length` bytes there. Returns 0 done, 1 failed or no camera open; 0
+/// also for a pair of unit kind and selector that no control has.
 std::int64_t Capture_Transfer(std::uint32_t selector, std::int32_t direction, void* buffer,
                               std::uint32_t length, std::uint32_t unitKind);
 

@@ -6,15 +6,6 @@
 #include "camera/ControlTable.h"
 #include "platform/IOKit.h"
 
-/// The processing unit's levels that have a writer and a reader by name: X(name, selector)
-#define ENUMERATE_NAMED_LEVELS(X)        \
-    X(Gain, PU_GAIN_CONTROL)             \
-    X(Brightness, PU_BRIGHTNESS_CONTROL) \
-    X(Contrast, PU_CONTRAST_CONTROL)     \
-    X(Saturation, PU_SATURATION_CONTROL) \
-    X(Sharpness, PU_SHARPNESS_CONTROL)   \
-    X(WhiteBalance, PU_WHITE_BALANCE_TEMPERATURE_CONTROL)
-
 /// The control channel to one camera: the camera's video-control interface, and every request that
 /// travels through it. It either has an interface for its whole life or never; without one, every
 /// request fails. Statuses are 0 for done and 1 for failed; each failure is logged once.
@@ -60,10 +51,10 @@ class UVCCameraControl {
     std::int8_t setData(std::int64_t value, std::int32_t withLength, std::int32_t forSelector,
                         std::int32_t at);
 
-    /// Reads with the request `code` (GET_CUR, GET_MIN or GET_MAX) into `g_dataBuffer`, which has
-    /// room for `g_length` bytes; leaves the number of bytes asked for in `g_length`. For the
-    /// vendor unit that is the camera's own length and the buffer is cleared first. A length that
-    /// exceeds the room fails without being read.
+    /// Reads with the request `code` (GET_CUR, GET_MIN or GET_MAX) into `g_dataBuffer`, and leaves
+    /// the number of bytes asked for in `g_length`. That is `withLength`, for which the buffer must
+    /// have room. For the vendor unit it is the camera's own length: the buffer's first `g_length`
+    /// bytes are cleared before, and a length beyond them fails without being read.
     std::int64_t getDataFor(std::int32_t code, std::int32_t withLength, std::int32_t fromSelector,
                             std::int32_t at);
 
@@ -74,7 +65,7 @@ class UVCCameraControl {
 
     // Dispatch by unit kind and selector; a pair that no control has is answered with 0.
 
-    /// Reads the current value into `g_dataBuffer`, which has room for `g_length` bytes.
+    /// Reads the current value into `g_dataBuffer`, which has room for the control.
     std::int64_t Capture_GetValue(std::int32_t unitKind, std::int32_t MessageID);
 
     /// Writes the value at `val`. For the vendor unit it is the one signed byte there; for the
@@ -93,11 +84,19 @@ class UVCCameraControl {
     /// The exposure time is 1.0 minus the argument, in 100 microseconds, fraction dropped.
     std::int8_t setExposure(float value);
     float getExposure();
-#define DECLARE_LEVEL(name, selector)   \
-    std::int8_t set##name(float value); \
-    float get##name();
-    ENUMERATE_NAMED_LEVELS(DECLARE_LEVEL)
-#undef DECLARE_LEVEL
+    // Levels of the processing unit; white balance in kelvin.
+    std::int8_t setGain(float value);
+    float getGain();
+    std::int8_t setBrightness(float value);
+    float getBrightness();
+    std::int8_t setContrast(float value);
+    float getContrast();
+    std::int8_t setSaturation(float value);
+    float getSaturation();
+    std::int8_t setSharpness(float value);
+    float getSharpness();
+    std::int8_t setWhiteBalance(float value);
+    float getWhiteBalance();
     std::int8_t setAutoWhiteBalance(bool automatic);
     bool getAutoWhiteBalance();
     std::int8_t SetExpCompSwitch(std::int32_t value);
@@ -108,8 +107,10 @@ class UVCCameraControl {
     static float mapValue(float v, float fromMin, float max, float toMin, float toMax);
 
   private:
-    std::int64_t readLengthOfControl(std::int32_t selector, std::int32_t room);
+    bool hasInterface() const;
+    std::int64_t readLengthOfControl(std::int32_t selector);
     std::int64_t decodedReply(std::int32_t code, const UVCControlInfo& control);
+    std::int8_t setLevel(std::int32_t selector, float value);
     float levelOf(std::int32_t selector);
 
     [[maybe_unused]] std::int64_t dataBuffer = 0;  ///< reserved
@@ -123,6 +124,6 @@ extern std::unique_ptr<UVCCameraControl> g_uvcCamera;
 /// Names the caller's receive buffer for the duration of one read.
 extern void* g_dataBuffer;
 
-/// The number of value bytes of a write; for a read, the room in `g_dataBuffer` on entry and the
-/// number of bytes asked of the camera on return.
+/// The number of value bytes of a write; for a read of the vendor unit, the room in `g_dataBuffer`
+/// on entry; for any read, the number of bytes asked of the camera on return.
 extern std::int32_t g_length;

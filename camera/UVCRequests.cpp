@@ -28,18 +28,30 @@ IOUSBDevRequest requestTo(std::int32_t selector, std::int32_t unit, std::uint8_t
     return request;
 }
 
+/// Returns whether a value of `length` bytes can be written; logs when it can't.
+bool isWritable(std::int32_t length) {
+    const bool fits = length >= 0 && length <= longestControl;
+    if (!fits)
+        NSLog("CameraControl Error: A control of %d bytes can't be written", length);
+    return fits;
+}
+
 /// Returns the first `size` bytes of the receive buffer.
 std::span<std::uint8_t> received(std::int32_t size) {
-    return {static_cast<std::uint8_t*>(g_dataBuffer), static_cast<std::size_t>(std::max(size, 0))};
+    return {static_cast<std::uint8_t*>(g_dataBuffer), static_cast<std::size_t>(size)};
 }
 
 }  // namespace
 
-std::int32_t UVCCameraControl::sendControlRequest(IOUSBDevRequest controlRequest) {
-    if (!interface) {
+bool UVCCameraControl::hasInterface() const {
+    if (!interface)
         NSLog("CameraControl Error: No interface to send request");
+    return interface != nullptr;
+}
+
+std::int32_t UVCCameraControl::sendControlRequest(IOUSBDevRequest controlRequest) {
+    if (!hasInterface())
         return 1;
-    }
     const IOReturn opened = interface->USBInterfaceOpen();
     if (opened != kIOReturnSuccess) {
         NSLog("CameraControl Error: Unable to open interface (%08x)\n", statusBits(opened));
@@ -56,35 +68,30 @@ std::int32_t UVCCameraControl::sendControlRequest(IOUSBDevRequest controlRequest
 
 std::int8_t UVCCameraControl::setData(std::int64_t value, std::int32_t withLength,
                                       std::int32_t forSelector, std::int32_t at) {
-    std::array<std::uint8_t, sizeof value> data{};
-    const auto fits = [&data](std::int32_t length) {
-        const bool fitting = length >= 0 && static_cast<std::size_t>(length) <= data.size();
-        if (!fitting)
-            NSLog("CameraControl Error: A control of %d bytes can't be written", length);
-        return fitting;
-    };
     std::int32_t length = withLength;
-    if (!fits(length))
+    if (!hasInterface() || !isWritable(length))
         return 1;
+    std::array<std::uint8_t, longestControl> data{};
     if (at == extensionUnitID) {
         if (sendControlRequest(requestTo(forSelector, at, requestFromInterface, GET_LEN, length,
                                          data.data())) != 0)
             return 1;
         length = static_cast<std::int32_t>(littleEndian(std::span(data).first(lengthReplySize)));
-        if (!fits(length))
+        if (!isWritable(length))
             return 1;
     }
     putLittleEndian(static_cast<std::uint64_t>(value), data);
-    if (length == 8)
+    if (length == longestControl)
         NSLog("set:length:%d , %ld", length, value);
     return static_cast<std::int8_t>(sendControlRequest(
         requestTo(forSelector, at, requestToInterface, SET_CUR, length, data.data())));
 }
 
 /// Asks the camera for a vendor control's length, leaves it in `g_length` and clears the receive
-/// buffer, which has `room` bytes.
-std::int64_t UVCCameraControl::readLengthOfControl(std::int32_t selector, std::int32_t room) {
-    // The length goes on the wire in 16 bits.
+/// buffer. Fails when the buffer has no room for the answer, or for the control.
+std::int64_t UVCCameraControl::readLengthOfControl(std::int32_t selector) {
+    const std::int32_t room = g_length;
+    // The room goes on the wire in 16 bits.
     if (room < 0 || (room & 0xFFFF) < lengthReplySize) {
         NSLog("CameraControl Error: No room for a control's length in %d bytes", room);
         return 1;
@@ -94,26 +101,34 @@ std::int64_t UVCCameraControl::readLengthOfControl(std::int32_t selector, std::i
         return 1;
     g_length = static_cast<std::int32_t>(littleEndian(received(lengthReplySize)));
     std::ranges::fill(received(room), std::uint8_t{0});
+    if (g_length > room) {
+        NSLog("CameraControl Error: A control of %d bytes does not fit a buffer of %d", g_length,
+              room);
+        return 1;
+    }
     return 0;
 }
 
 std::int64_t UVCCameraControl::getDataFor(std::int32_t code, std::int32_t withLength,
                                           std::int32_t fromSelector, std::int32_t at) {
-    const std::int32_t room = g_dataBuffer == nullptr ? 0 : g_length;
-    if (at == extensionUnitID) {
-        if (readLengthOfControl(fromSelector, room) != 0)
-            return 1;
-    } else {
-        g_length = withLength;
-    }
-    if (g_length < 0 || g_length > room) {
-        NSLog("CameraControl Error: A control of %d bytes does not fit a buffer of %d", g_length,
-              room);
+    if (!hasInterface())
+        return 1;
+    if (g_dataBuffer == nullptr) {
+        NSLog("CameraControl Error: There is no buffer to read into");
         return 1;
     }
-    const auto firstWord =
-        static_cast<std::int32_t>(littleEndian(received(std::min(room, lengthReplySize))));
-    NSLog("bmRequestType2:%d get_data_for:%d", std::int32_t{requestFromInterface}, firstWord);
+    if (at != extensionUnitID && !isControlSize(withLength)) {
+        NSLog("CameraControl Error: No control has %d bytes", withLength);
+        return 1;
+    }
+    const std::int32_t room = g_length;
+    if (at != extensionUnitID)
+        g_length = withLength;
+    else if (readLengthOfControl(fromSelector) != 0)
+        return 1;
+    const auto firstWord = received(std::min(std::max(room, withLength), 2));
+    NSLog("bmRequestType2:%d get_data_for:%d", std::int32_t{requestFromInterface},
+          static_cast<std::int32_t>(littleEndian(firstWord)));
     return sendControlRequest(
         requestTo(fromSelector, at, requestFromInterface, code, g_length, g_dataBuffer));
 }

@@ -178,9 +178,12 @@ void transfer() {
 /// What the window does not call, or never with such values.
 void workByName(UVCCameraControl& camera) {
     const auto value = input.number<float>();
-#define WORK(name, selector) camera.set##name(value + camera.get##name());
-    ENUMERATE_NAMED_LEVELS(WORK)
-#undef WORK
+    camera.setGain(value + camera.getGain());
+    camera.setBrightness(value + camera.getBrightness());
+    camera.setContrast(value + camera.getContrast());
+    camera.setSaturation(value + camera.getSaturation());
+    camera.setSharpness(value + camera.getSharpness());
+    camera.setWhiteBalance(value + camera.getWhiteBalance());
     camera.setExposure(value + camera.getExposure());
     camera.setData(input.number<std::int64_t>(), input.byte() - 1, input.byte(), input.byte());
     if (const auto* control = findControl(input.byte() % 3, input.byte() % 32))
@@ -217,10 +220,10 @@ void Program::check() {
         require(slider->minimum() < slider->maximum() && slider->minimum() <= slider->value() &&
                     slider->value() <= slider->maximum(),
                 "a slider stays within its range");
-#define CHECK(row, selector, slider, sliderAction, list, ...) \
-    require(shown(#list) == shown(#slider), "a list shows its slider's number");
-    ENUMERATE_VENDOR_VALUES(CHECK)
-#undef CHECK
+    for (const vendor::ValueControl* row : vendor::values)
+        require((controller.*row->list).title() ==
+                    std::to_string((controller.*row->slider).intValue()),
+                "a list shows its slider's number");
     std::multiset<std::string> listed, cameras;
     for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
         listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));

@@ -29,7 +29,7 @@ void writeLogLine(std::string_view format, std::span<const LogValue> values) {
     fmt::dynamic_format_arg_store<fmt::printf_context> arguments;
     for (const LogValue& value : values)
         std::visit([&](const auto& held) { arguments.push_back(held); }, value);
-    std::string line = fmt::vsprintf(printfFormat(format), arguments);
+    std::string line = fmt::vsprintf(fmt::string_view(printfFormat(format)), arguments);
     while (line.ends_with('\n'))
         line.pop_back();
     sink->line(printableUtf8(line));

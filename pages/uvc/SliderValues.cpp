@@ -5,7 +5,7 @@
 #include <string>
 
 #include "camera/Transfer.h"
-#include "pages/uvc/StandardPage.h"
+#include "pages/uvc/StandardSliders.h"
 #include "platform/ByteOrder.h"
 
 namespace standard {
@@ -48,8 +48,9 @@ void showNumber(const ViewController& controller, const SliderControl& control,
 
 void sendNumber(const ViewController& controller, const SliderControl& control,
                 std::int32_t number) {
-    std::array<std::uint8_t, 8> bytes{};
-    const auto value = std::span(bytes).first(static_cast<std::size_t>(control.size));
+    std::array<std::uint8_t, longestControl> bytes{};
+    const std::int32_t size = findControl(control.unit, control.selector)->size;
+    const auto value = std::span(bytes).first(static_cast<std::size_t>(size));
     putLittleEndian(control.encode(controller, number), value);
     sendValue(control.unit, control.selector, value);
 }

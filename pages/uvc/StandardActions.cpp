@@ -3,16 +3,17 @@
 #include <array>
 
 #include "camera/Transfer.h"
-#include "pages/uvc/StandardPage.h"
+#include "pages/uvc/StandardSliders.h"
 
 namespace {
 
 using standard::SliderControl;
 
-/// Asks the camera for the gain that it took; the widgets keep what the user chose.
-void readGainBack() {
-    std::array<std::uint8_t, 2> gain{};
-    Capture_Transfer(PU_GAIN_CONTROL, captureRead, gain.data(), sizeof gain, UNIT_PU);
+/// Asks the camera for the value that it took; the widgets keep what the user chose.
+void readBack(const SliderControl& control) {
+    std::array<std::uint8_t, 2> value{};
+    Capture_Transfer(static_cast<std::uint32_t>(control.selector), captureRead, value.data(),
+                     sizeof value, static_cast<std::uint32_t>(control.unit));
 }
 
 void sliderMoved(const ViewController& controller, const SliderControl& control,
@@ -20,8 +21,8 @@ void sliderMoved(const ViewController& controller, const SliderControl& control,
     const int number = sender.intValue();
     standard::showNumber(controller, control, number);
     standard::sendNumber(controller, control, number);
-    if (&control == &standard::gain)
-        readGainBack();
+    if (control.readBack)
+        readBack(control);
 }
 
 /// Gives the sliders of `unit` that no automatic mode holds their defaults, as the user would.
@@ -39,12 +40,61 @@ void resetSliders(const ViewController& controller, UnitKind unit) {
 
 }  // namespace
 
-#define DEFINE_ACTION(row, action, ...)                   \
-    void ViewController::action(const NSSlider& sender) { \
-        sliderMoved(*this, standard::row, sender);        \
-    }
-ENUMERATE_STANDARD_SLIDERS(DEFINE_ACTION)
-#undef DEFINE_ACTION
+void ViewController::OnSliderBright(const NSSlider& sender) {
+    sliderMoved(*this, standard::brightness, sender);
+}
+
+void ViewController::OnSliderContrast(const NSSlider& sender) {
+    sliderMoved(*this, standard::contrast, sender);
+}
+
+void ViewController::OnSliderHue(const NSSlider& sender) {
+    sliderMoved(*this, standard::hue, sender);
+}
+
+void ViewController::OnSliderSaturation(const NSSlider& sender) {
+    sliderMoved(*this, standard::saturation, sender);
+}
+
+void ViewController::OnSliderSharpness(const NSSlider& sender) {
+    sliderMoved(*this, standard::sharpness, sender);
+}
+
+void ViewController::OnSliderGama(const NSSlider& sender) {
+    sliderMoved(*this, standard::gamma, sender);
+}
+
+void ViewController::OnSliderWB(const NSSlider& sender) {
+    sliderMoved(*this, standard::whiteBalance, sender);
+}
+
+void ViewController::OnSliderBackLight(const NSSlider& sender) {
+    sliderMoved(*this, standard::backlight, sender);
+}
+
+void ViewController::OnSliderGain(const NSSlider& sender) {
+    sliderMoved(*this, standard::gain, sender);
+}
+
+void ViewController::OnSliderZoom(const NSSlider& sender) {
+    sliderMoved(*this, standard::zoom, sender);
+}
+
+void ViewController::OnSliderFocus(const NSSlider& sender) {
+    sliderMoved(*this, standard::focus, sender);
+}
+
+void ViewController::OnSliderAutoExposure(const NSSlider& sender) {
+    sliderMoved(*this, standard::exposure, sender);
+}
+
+void ViewController::OnSliderPano(const NSSlider& sender) {
+    sliderMoved(*this, standard::pan, sender);
+}
+
+void ViewController::OnSliderTile(const NSSlider& sender) {
+    sliderMoved(*this, standard::tilt, sender);
+}
 
 void ViewController::OnBtnAutoWB(const NSButton& sender) {
     const int state = sender.state();

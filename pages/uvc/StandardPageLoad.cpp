@@ -5,41 +5,14 @@
 #include <cstddef>
 #include <span>
 
-#include "app/ViewController.h"
 #include "camera/Transfer.h"
-#include "pages/uvc/StandardPage.h"
+#include "pages/uvc/StandardSliders.h"
 #include "platform/ByteOrder.h"
 #include "platform/NSLog.h"
 
 namespace {
 
 using standard::SliderControl;
-
-/// Bytes that a processing-unit value takes in `uvcCfg`.
-constexpr std::size_t slotSize = 2;
-
-/// The processing unit's controls in the order in which `uvcCfg` holds them. A control without a
-/// slider has none here.
-struct Slot {
-    std::int32_t selector;
-    const SliderControl* control;
-};
-
-constexpr std::size_t automaticWhiteBalanceSlot = 7;
-constexpr std::size_t powerLineSlot = 10;
-constexpr std::array<Slot, 11> slots{{
-    {PU_BRIGHTNESS_CONTROL, &standard::brightness},
-    {PU_CONTRAST_CONTROL, &standard::contrast},
-    {PU_HUE_CONTROL, &standard::hue},
-    {PU_SATURATION_CONTROL, &standard::saturation},
-    {PU_SHARPNESS_CONTROL, &standard::sharpness},
-    {PU_GAMMA_CONTROL, &standard::gamma},
-    {PU_WHITE_BALANCE_TEMPERATURE_CONTROL, &standard::whiteBalance},
-    {PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL, nullptr},
-    {PU_BACKLIGHT_COMPENSATION_CONTROL, &standard::backlight},
-    {PU_GAIN_CONTROL, &standard::gain},
-    {PU_POWER_LINE_FREQUENCY_CONTROL, nullptr},
-}};
 
 /// The buffer that consecutive reads share. It is cleared once: a control that does not answer
 /// shows what the one before it left.
@@ -63,6 +36,9 @@ class SharedBuffer {
     std::array<std::uint8_t, 8> bytes_{};
 };
 
+/// Bytes that a processing-unit value takes in `uvcCfg`.
+constexpr std::size_t slotSize = 2;
+
 std::int32_t unsigned16(std::span<const std::uint8_t> bytes) {
     return static_cast<std::int32_t>(littleEndian(bytes.first(slotSize)));
 }
@@ -72,17 +48,43 @@ void showOnSlider(ViewController& controller, const SliderControl& control, std:
     standard::showNumber(controller, control, number);
 }
 
-void loadAutomaticWhiteBalance(ViewController& controller, std::uint8_t automatic) {
-    controller.m_btnAutoWB.setIntValue(automatic);
-    controller.m_btnAutoWB.setState(automatic);
-    controller.m_sliderWB.setEnabled(automatic != 1);
+template <const SliderControl& control>
+void showLevel(ViewController& controller, std::span<const std::uint8_t> bytes) {
+    showOnSlider(controller, control, unsigned16(bytes));
 }
 
-void loadPowerLineFrequency(ViewController& controller, std::uint8_t frequency) {
-    const bool is50Hz = frequency == powerLine50Hz;
+void showAutomaticWhiteBalance(ViewController& controller, std::span<const std::uint8_t> bytes) {
+    controller.m_btnAutoWB.setIntValue(bytes[0]);
+    controller.m_btnAutoWB.setState(bytes[0]);
+    controller.m_sliderWB.setEnabled(bytes[0] != 1);
+}
+
+void showPowerLineFrequency(ViewController& controller, std::span<const std::uint8_t> bytes) {
+    const bool is50Hz = bytes[0] == powerLine50Hz;
     (is50Hz ? controller.m_btn50HZ : controller.m_btn60HZ).setState(1);
     (is50Hz ? controller.m_btn60HZ : controller.m_btn50HZ).setState(0);
 }
+
+/// A control of the processing unit, and what shows the bytes that `uvcCfg` holds of it.
+struct Slot {
+    std::int32_t selector;
+    void (*show)(ViewController& controller, std::span<const std::uint8_t> bytes);
+};
+
+/// In the order in which the camera is asked and `uvcCfg` holds the answers.
+constexpr std::array<Slot, 11> slots{{
+    {PU_BRIGHTNESS_CONTROL, showLevel<standard::brightness>},
+    {PU_CONTRAST_CONTROL, showLevel<standard::contrast>},
+    {PU_HUE_CONTROL, showLevel<standard::hue>},
+    {PU_SATURATION_CONTROL, showLevel<standard::saturation>},
+    {PU_SHARPNESS_CONTROL, showLevel<standard::sharpness>},
+    {PU_GAMMA_CONTROL, showLevel<standard::gamma>},
+    {PU_WHITE_BALANCE_TEMPERATURE_CONTROL, showLevel<standard::whiteBalance>},
+    {PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL, showAutomaticWhiteBalance},
+    {PU_BACKLIGHT_COMPENSATION_CONTROL, showLevel<standard::backlight>},
+    {PU_GAIN_CONTROL, showLevel<standard::gain>},
+    {PU_POWER_LINE_FREQUENCY_CONTROL, showPowerLineFrequency},
+}};
 
 /// Shows a camera terminal's 16-bit value: the text first, then the slider.
 void show16(ViewController& controller, const SliderControl& control, const SharedBuffer& buffer) {
@@ -157,19 +159,15 @@ void ViewController::ReadConfig_UVC() {
 }
 
 void ViewController::InitUVCPage() {
-    for (std::size_t i = 0; i < slots.size(); ++i) {
-        const auto bytes = std::span(uvcCfg).subspan(i * slotSize, slotSize);
-        if (slots[i].control != nullptr)
-            showOnSlider(*this, *slots[i].control, unsigned16(bytes));
-        else if (i == automaticWhiteBalanceSlot)
-            loadAutomaticWhiteBalance(*this, bytes[0]);
-        else if (i == powerLineSlot)
-            loadPowerLineFrequency(*this, bytes[0]);
+    std::span<const std::uint8_t> rest = uvcCfg;
+    for (const Slot& slot : slots) {
+        slot.show(*this, rest.first(slotSize));
+        rest = rest.subspan(slotSize);
     }
     SharedBuffer buffer;
     const bool hasZoom = loadZoom(*this, buffer);
     loadFocus(*this, buffer);
     loadExposure(*this, buffer);
-    // The camera family moves its picture within the zoomed one: without a zoom there is no pan.
+    // Whether there are pan and tilt is not asked: they follow the zoom's answer.
     loadPanTilt(*this, buffer, hasZoom);
 }

@@ -1,26 +1,139 @@
 #pragma once
 
-/// Every slider of the standard page, a row each, in the order of the reset:
-/// X(row, action, slider, text, unit kind, selector, bytes, encoding, default, automatic mode)
-///
-/// The encoding turns the slider's number into the camera's value. The default is a slider's
-/// number; it is skipped while the button of the automatic mode is on. Numbers are in the camera's
-/// own units, white balance in kelvin, exposure an index into the exposure times, pan and tilt in
-/// degrees.
-// clang-format off
-#define ENUMERATE_STANDARD_SLIDERS(X)                                                                                              \
-    X(brightness,   OnSliderBright,       m_sliderBright,       m_textBright,     UNIT_PU, PU_BRIGHTNESS_CONTROL,                2, level,        7,    nullptr)                            \
-    X(contrast,     OnSliderContrast,     m_sliderContrast,     m_textContrast,   UNIT_PU, PU_CONTRAST_CONTROL,                  2, level,        7,    nullptr)                            \
-    X(hue,          OnSliderHue,          m_sliderHue,          m_textHue,        UNIT_PU, PU_HUE_CONTROL,                       2, level,        7,    nullptr)                            \
-    X(saturation,   OnSliderSaturation,   m_sliderSaturation,   m_textSaturation, UNIT_PU, PU_SATURATION_CONTROL,                2, level,        100,  nullptr)                            \
-    X(sharpness,    OnSliderSharpness,    m_sliderSharpness,    m_textSharpness,  UNIT_PU, PU_SHARPNESS_CONTROL,                 2, level,        9,    nullptr)                            \
-    X(gamma,        OnSliderGama,         m_sliderGama,         m_textGama,       UNIT_PU, PU_GAMMA_CONTROL,                     2, level,        238,  nullptr)                            \
-    X(whiteBalance, OnSliderWB,           m_sliderWB,           m_textWb,         UNIT_PU, PU_WHITE_BALANCE_TEMPERATURE_CONTROL, 2, level,        6500, &ViewController::m_btnAutoWB)       \
-    X(backlight,    OnSliderBackLight,    m_sliderBackLight,    m_textBackLight,  UNIT_PU, PU_BACKLIGHT_COMPENSATION_CONTROL,    2, level,        0,    nullptr)                            \
-    X(gain,         OnSliderGain,         m_sliderGain,         m_textGain,       UNIT_PU, PU_GAIN_CONTROL,                      2, level,        6,    nullptr)                            \
-    X(zoom,         OnSliderZoom,         m_sliderZoom,         m_textZoom,       UNIT_CT, CT_ZOOM_ABSOLUTE_CONTROL,             2, level,        0,    nullptr)                            \
-    X(focus,        OnSliderFocus,        m_sliderFocus,        m_textFocus,      UNIT_CT, CT_FOCUS_ABSOLUTE_CONTROL,            2, level,        0,    &ViewController::m_btnAutoFocus)    \
-    X(exposure,     OnSliderAutoExposure, m_sliderAutoExposure, m_textExposure,   UNIT_CT, CT_EXPOSURE_TIME_ABSOLUTE_CONTROL,    4, exposureTime, -6,   &ViewController::m_btnAutoExposure) \
-    X(pan,          OnSliderPano,         m_sliderPano,         m_textPano,       UNIT_CT, CT_PANTILT_ABSOLUTE_CONTROL,          8, panWithTilt,  0,    nullptr)                            \
-    X(tilt,         OnSliderTile,         m_sliderTile,         m_textTile,       UNIT_CT, CT_PANTILT_ABSOLUTE_CONTROL,          8, tiltWithPan,  0,    nullptr)
-// clang-format on
+#include <array>
+#include <cstdint>
+
+#include "app/ViewController.h"
+#include "camera/ControlTable.h"
+
+/// The rows of the standard page: what its sliders differ in. Their numbers are in the camera's own
+/// units but for white balance, in kelvin, exposure, an index into the exposure times, and pan and
+/// tilt, in degrees.
+namespace standard {
+
+/// How a slider's number becomes the camera's value, of which as many bytes are sent as the control
+/// has.
+using Encoding = std::uint64_t (*)(const ViewController& controller, std::int32_t number);
+
+/// The number as it is.
+std::uint64_t level(const ViewController& controller, std::int32_t number);
+/// The exposure time of an index, in 100 microseconds; a number that is no index is sent as it is.
+std::uint64_t exposureTime(const ViewController& controller, std::int32_t number);
+/// Pan in the low half and tilt in the high half, in arc seconds, the other axis from its slider.
+std::uint64_t panWithTilt(const ViewController& controller, std::int32_t number);
+std::uint64_t tiltWithPan(const ViewController& controller, std::int32_t number);
+
+/// A slider, the text that shows its number, and the control that it works.
+struct SliderControl {
+    IBOutlet<NSSlider> ViewController::*slider;
+    IBOutlet<NSTextField> ViewController::*text;
+    UnitKind unit;
+    std::int32_t selector;
+    Encoding encode = level;
+    std::int32_t defaultNumber;  ///< the slider's number after a reset
+    /// While this button is on, the camera holds the control and a reset leaves it; null for none.
+    IBOutlet<NSButton> ViewController::*automaticMode = nullptr;
+    bool readBack = false;  ///< whether the camera is asked for the value after each change
+};
+
+inline constexpr SliderControl brightness{.slider = &ViewController::m_sliderBright,
+                                          .text = &ViewController::m_textBright,
+                                          .unit = UNIT_PU,
+                                          .selector = PU_BRIGHTNESS_CONTROL,
+                                          .defaultNumber = 7};
+inline constexpr SliderControl contrast{.slider = &ViewController::m_sliderContrast,
+                                        .text = &ViewController::m_textContrast,
+                                        .unit = UNIT_PU,
+                                        .selector = PU_CONTRAST_CONTROL,
+                                        .defaultNumber = 7};
+inline constexpr SliderControl hue{.slider = &ViewController::m_sliderHue,
+                                   .text = &ViewController::m_textHue,
+                                   .unit = UNIT_PU,
+                                   .selector = PU_HUE_CONTROL,
+                                   .defaultNumber = 7};
+inline constexpr SliderControl saturation{.slider = &ViewController::m_sliderSaturation,
+                                          .text = &ViewController::m_textSaturation,
+                                          .unit = UNIT_PU,
+                                          .selector = PU_SATURATION_CONTROL,
+                                          .defaultNumber = 100};
+inline constexpr SliderControl sharpness{.slider = &ViewController::m_sliderSharpness,
+                                         .text = &ViewController::m_textSharpness,
+                                         .unit = UNIT_PU,
+                                         .selector = PU_SHARPNESS_CONTROL,
+                                         .defaultNumber = 9};
+inline constexpr SliderControl gamma{.slider = &ViewController::m_sliderGama,
+                                     .text = &ViewController::m_textGama,
+                                     .unit = UNIT_PU,
+                                     .selector = PU_GAMMA_CONTROL,
+                                     .defaultNumber = 238};
+inline constexpr SliderControl whiteBalance{.slider = &ViewController::m_sliderWB,
+                                            .text = &ViewController::m_textWb,
+                                            .unit = UNIT_PU,
+                                            .selector = PU_WHITE_BALANCE_TEMPERATURE_CONTROL,
+                                            .defaultNumber = 6500,
+                                            .automaticMode = &ViewController::m_btnAutoWB};
+inline constexpr SliderControl backlight{.slider = &ViewController::m_sliderBackLight,
+                                         .text = &ViewController::m_textBackLight,
+                                         .unit = UNIT_PU,
+                                         .selector = PU_BACKLIGHT_COMPENSATION_CONTROL,
+                                         .defaultNumber = 0};
+inline constexpr SliderControl gain{.slider = &ViewController::m_sliderGain,
+                                    .text = &ViewController::m_textGain,
+                                    .unit = UNIT_PU,
+                                    .selector = PU_GAIN_CONTROL,
+                                    .defaultNumber = 6,
+                                    .readBack = true};
+inline constexpr SliderControl zoom{.slider = &ViewController::m_sliderZoom,
+                                    .text = &ViewController::m_textZoom,
+                                    .unit = UNIT_CT,
+                                    .selector = CT_ZOOM_ABSOLUTE_CONTROL,
+                                    .defaultNumber = 0};
+inline constexpr SliderControl focus{.slider = &ViewController::m_sliderFocus,
+                                     .text = &ViewController::m_textFocus,
+                                     .unit = UNIT_CT,
+                                     .selector = CT_FOCUS_ABSOLUTE_CONTROL,
+                                     .defaultNumber = 0,
+                                     .automaticMode = &ViewController::m_btnAutoFocus};
+inline constexpr SliderControl exposure{.slider = &ViewController::m_sliderAutoExposure,
+                                        .text = &ViewController::m_textExposure,
+                                        .unit = UNIT_CT,
+                                        .selector = CT_EXPOSURE_TIME_ABSOLUTE_CONTROL,
+                                        .encode = exposureTime,
+                                        .defaultNumber = -6,
+                                        .automaticMode = &ViewController::m_btnAutoExposure};
+inline constexpr SliderControl pan{.slider = &ViewController::m_sliderPano,
+                                   .text = &ViewController::m_textPano,
+                                   .unit = UNIT_CT,
+                                   .selector = CT_PANTILT_ABSOLUTE_CONTROL,
+                                   .encode = panWithTilt,
+                                   .defaultNumber = 0};
+inline constexpr SliderControl tilt{.slider = &ViewController::m_sliderTile,
+                                    .text = &ViewController::m_textTile,
+                                    .unit = UNIT_CT,
+                                    .selector = CT_PANTILT_ABSOLUTE_CONTROL,
+                                    .encode = tiltWithPan,
+                                    .defaultNumber = 0};
+
+/// All of them, in the order in which a reset sends them.
+inline constexpr std::array sliders{&brightness, &contrast,     &hue,       &saturation, &sharpness,
+                                    &gamma,      &whiteBalance, &backlight, &gain,       &zoom,
+                                    &focus,      &exposure,     &pan,       &tilt};
+
+/// Arc seconds in a degree: the camera's unit and the sliders' unit of pan and tilt.
+inline constexpr std::int32_t arcSecondsPerDegree = 3600;
+
+/// The exposure times behind the slider's numbers -13 to -5, in 100 microseconds.
+inline constexpr std::array<std::int32_t, 9> EXPOSURE_TIME_TABLE{1, 2, 5, 10, 20, 40, 80, 167, 333};
+
+/// The slider's number for the first exposure time.
+inline constexpr std::int32_t firstExposureIndex = -13;
+
+/// Shows `number` in the text of `control`.
+void showNumber(const ViewController& controller, const SliderControl& control,
+                std::int32_t number);
+
+/// Sends `number` to the open camera as the value of `control`.
+void sendNumber(const ViewController& controller, const SliderControl& control,
+                std::int32_t number);
+
+}  // namespace standard

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "camera/ControlTable.h"
 #include "camera/Transfer.h"
 #include "pages/vendor/ShowAlert.h"
 #include "pages/vendor/VendorPage.h"
@@ -10,21 +11,18 @@
 
 namespace {
 
+using vendor::PictureStyle;
 using vendor::SwitchControl;
 using vendor::Trace;
 using vendor::ValueControl;
 
 constexpr const char* alertTitle = "Notice";
 
-bool isGain(const ValueControl& control) {
-    return control.selector == XU_RGAIN || control.selector == XU_BGAIN;
-}
-
 void sliderMoved(ViewController& controller, const ValueControl& control, const NSSlider& sender) {
     if (control.trace == Trace::sliderAndList)
         NSLog("slider:%d", sender.intValue());
     // Automatic white balance may have been switched since the range was chosen.
-    if (isGain(control))
+    if (control.gain)
         vendor::setGainRange(controller, control, vendor::readGainRange());
     const int number = sender.intValue();
     vendor::chooseNumber(controller.*control.list, number);
@@ -45,47 +43,94 @@ void numberChosen(ViewController& controller, const ValueControl& control,
 void switchClicked(ViewController& controller, const SwitchControl& control) {
     if (control.question != nullptr && ShowAlert(alertTitle, control.question, 1) == 0)
         return;
-    const NSButton& button = controller.*control.button;
-    const bool on = button.state() == 1;
-    vendor::showSwitch(button, on);
+    const bool on = (controller.*control.button).state() == 1;
+    vendor::showSwitch(controller, control, on);
     sendByte(UNIT_XU, control.selector, on ? control.valueForOn : 1 - control.valueForOn);
-    if (control.selector == XU_COMP_SWITCH) {
-        controller.m_SpinCompValue.setEnabled(on);
-        controller.m_SliderCompValue.setEnabled(on);
-    }
+    vendor::enableGoverned(controller, control, on);
 }
 
-void styleClicked(ViewController& controller, std::int32_t style, const NSButton& button) {
+void styleClicked(ViewController& controller, const PictureStyle& style) {
     controller.DisCheckAllStyle();
-    button.setState(1);
-    sendByte(UNIT_XU, XU_STYLE, style);
+    (controller.*style.button).setState(1);
+    sendByte(UNIT_XU, XU_STYLE, style.number);
 }
 
 }  // namespace
 
-#define DEFINE_VALUE(row, selector, slider, sliderAction, list, listAction, ...) \
-    void ViewController::sliderAction(const NSSlider& sender) {                  \
-        sliderMoved(*this, vendor::row, sender);                                 \
-    }                                                                            \
-    void ViewController::listAction(const NSPopUpButton& sender) {               \
-        numberChosen(*this, vendor::row, sender);                                \
-    }
-ENUMERATE_VENDOR_VALUES(DEFINE_VALUE)
-#undef DEFINE_VALUE
+void ViewController::OnSliderCompValue(const NSSlider& sender) {
+    sliderMoved(*this, vendor::compensation, sender);
+}
+void ViewController::OnChooseCompValue(const NSPopUpButton& sender) {
+    numberChosen(*this, vendor::compensation, sender);
+}
+void ViewController::OnSliderRgain(const NSSlider& sender) {
+    sliderMoved(*this, vendor::redGain, sender);
+}
+void ViewController::OnChooseRgain(const NSPopUpButton& sender) {
+    numberChosen(*this, vendor::redGain, sender);
+}
+void ViewController::OnSliderBgain(const NSSlider& sender) {
+    sliderMoved(*this, vendor::blueGain, sender);
+}
+void ViewController::OnSpinBgain(const NSPopUpButton& sender) {
+    numberChosen(*this, vendor::blueGain, sender);
+}
+void ViewController::OnSliderDrc(const NSSlider& sender) {
+    sliderMoved(*this, vendor::dynamicRange, sender);
+}
+void ViewController::OnChooseDrc(const NSPopUpButton& sender) {
+    numberChosen(*this, vendor::dynamicRange, sender);
+}
+void ViewController::OnSliderNR2D(const NSSlider& sender) {
+    sliderMoved(*this, vendor::noise2D, sender);
+}
+void ViewController::OnBtnNR2D(const NSPopUpButton& sender) {
+    numberChosen(*this, vendor::noise2D, sender);
+}
+void ViewController::OnSliderNR3D(const NSSlider& sender) {
+    sliderMoved(*this, vendor::noise3D, sender);
+}
+void ViewController::OnBtnNR3D(const NSPopUpButton& sender) {
+    numberChosen(*this, vendor::noise3D, sender);
+}
 
-#define DEFINE_SWITCH(row, selector, button, action, ...)     \
-    void ViewController::action(const NSButton& /*sender*/) { \
-        switchClicked(*this, vendor::row);                    \
-    }
-ENUMERATE_VENDOR_SWITCHES(DEFINE_SWITCH)
-#undef DEFINE_SWITCH
+void ViewController::OnBtnCompSwitch(const NSButton& /*sender*/) {
+    switchClicked(*this, vendor::compensationSwitch);
+}
+void ViewController::OnBtnH264Switch(const NSButton& /*sender*/) {
+    switchClicked(*this, vendor::h264Switch);
+}
+void ViewController::OnBtnAudioSwitch(const NSButton& /*sender*/) {
+    switchClicked(*this, vendor::audioSwitch);
+}
+void ViewController::OnBtnFlipV(const NSButton& /*sender*/) {
+    switchClicked(*this, vendor::verticalFlip);
+}
+void ViewController::OnBtnFlipH(const NSButton& /*sender*/) {
+    switchClicked(*this, vendor::horizontalFlip);
+}
 
-#define DEFINE_STYLE(number, button, action)                  \
-    void ViewController::action(const NSButton& /*sender*/) { \
-        styleClicked(*this, number, button);                  \
-    }
-ENUMERATE_PICTURE_STYLES(DEFINE_STYLE)
-#undef DEFINE_STYLE
+void ViewController::OnBtnStyleNormal(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::normalStyle);
+}
+void ViewController::OnBtnStyleClarity(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::clarityStyle);
+}
+void ViewController::OnBtnStyleBright(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::brightStyle);
+}
+void ViewController::OnBtnStylePC(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::pcStyle);
+}
+void ViewController::OnBtnStyleClarityLed(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::clarityLedStyle);
+}
+void ViewController::OnBtnSytleFace(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::faceStyle);
+}
+void ViewController::OnBtnStyleDefault(const NSButton& /*sender*/) {
+    styleClicked(*this, vendor::defaultStyle);
+}
 
 void ViewController::OnBtnRestore(const NSButton& /*sender*/) {
     if (ShowAlert(alertTitle, "Restore to default settings?", 1) == 0)

@@ -1,35 +1,118 @@
 #pragma once
 
-// The controls of the vendor page, a row each.
-// clang-format off
+#include <array>
+#include <cstdint>
+#include <optional>
 
-/// Values: X(row, selector, slider, its action, list, its action, highest, lowest, trace)
-/// The slider and the list show the same number, which is the camera's own; the list runs from the
-/// highest down to the lowest. The trace tells which of the two actions write a line to the log.
-#define ENUMERATE_VENDOR_VALUES(X)                                                                                                          \
-    X(compensation, XU_COMP_VALUE, m_SliderCompValue, OnSliderCompValue, m_SpinCompValue, OnChooseCompValue, 7,  -7,  Trace::sliderAndList) \
-    X(redGain,      XU_RGAIN,      m_SliderRgain,     OnSliderRgain,     m_SpinRgain,     OnChooseRgain,     10, -10, Trace::list)          \
-    X(blueGain,     XU_BGAIN,      m_btnBgain,        OnSliderBgain,     m_SpinBgain,     OnSpinBgain,       10, -10, Trace::list)          \
-    X(dynamicRange, XU_DRC,        m_SliderDrc,       OnSliderDrc,       m_btnDrc,        OnChooseDrc,       8,  0,   Trace::none)          \
-    X(noise2D,      XU_NR2D,       m_SliderNR2D,      OnSliderNR2D,      m_btnNR2D,       OnBtnNR2D,         6,  0,   Trace::none)          \
-    X(noise3D,      XU_NR3D,       m_SliderNR3D,      OnSliderNR3D,      m_btnNR3D,       OnBtnNR3D,         8,  0,   Trace::none)
+#include "app/ViewController.h"
+#include "platform/VendorUnit.h"
 
-/// Two-image switches: X(row, selector, button, action, value for on, question)
-/// The other value of 0 and 1 is the one for off. The user confirms the question first, if any.
-#define ENUMERATE_VENDOR_SWITCHES(X)                                                                             \
-    X(compensationSwitch, XU_COMP_SWITCH,  m_btnCompSwitch,  OnBtnCompSwitch,  0, nullptr)                       \
-    X(h264Switch,         XU_H264_SWITCH,  m_btnH264Switch,  OnBtnH264Switch,  1, "Reboot to Switch H264?")      \
-    X(audioSwitch,        XU_AUDIO_SWITCH, m_btnAudioSwitch, OnBtnAudioSwitch, 1, "Reboot to Switch Audio?")     \
-    X(verticalFlip,       XU_FLIP_V,       m_btnFlipV,       OnBtnFlipV,       1, nullptr)                       \
-    X(horizontalFlip,     XU_FLIP_H,       m_btnFlipH,       OnBtnFlipH,       1, nullptr)
+/// The rows of the vendor page: what its controls differ in.
+namespace vendor {
 
-/// Picture styles: X(number on the camera, button, action), in the order of their numbers.
-#define ENUMERATE_PICTURE_STYLES(X)                \
-    X(0, m_btnStyleNormal,  OnBtnStyleNormal)      \
-    X(1, m_btnStyleClarity, OnBtnStyleClarity)     \
-    X(2, m_btnBright,       OnBtnStyleBright)      \
-    X(3, m_btnStylePC,      OnBtnStylePC)          \
-    X(4, m_btnClarityLed,   OnBtnStyleClarityLed)  \
-    X(5, m_btnSytleFace,    OnBtnSytleFace)        \
-    X(6, m_btnStyleDefault, OnBtnStyleDefault)
-// clang-format on
+/// Which of a value's two actions write a line to the log.
+enum class Trace { none, list, sliderAndList };
+
+/// A value: a slider and a list that show the same number, which is the camera's own.
+struct ValueControl {
+    std::int32_t selector;
+    IBOutlet<NSSlider> ViewController::*slider;
+    IBOutlet<NSPopUpButton> ViewController::*list;
+    std::int32_t highest;  ///< the list's first item at start-up
+    std::int32_t lowest;   ///< the list's last item at start-up
+    Trace trace = Trace::none;
+    /// A gain's number for `ChangeCtrlRange`: its range follows automatic white balance. Without
+    /// one the range is fixed.
+    std::optional<std::int32_t> gain = std::nullopt;
+};
+
+inline constexpr ValueControl noise2D{.selector = XU_NR2D,
+                                      .slider = &ViewController::m_SliderNR2D,
+                                      .list = &ViewController::m_btnNR2D,
+                                      .highest = 6,
+                                      .lowest = 0};
+inline constexpr ValueControl noise3D{.selector = XU_NR3D,
+                                      .slider = &ViewController::m_SliderNR3D,
+                                      .list = &ViewController::m_btnNR3D,
+                                      .highest = 8,
+                                      .lowest = 0};
+inline constexpr ValueControl dynamicRange{.selector = XU_DRC,
+                                           .slider = &ViewController::m_SliderDrc,
+                                           .list = &ViewController::m_btnDrc,
+                                           .highest = 8,
+                                           .lowest = 0};
+inline constexpr ValueControl redGain{.selector = XU_RGAIN,
+                                      .slider = &ViewController::m_SliderRgain,
+                                      .list = &ViewController::m_SpinRgain,
+                                      .highest = 10,
+                                      .lowest = -10,
+                                      .trace = Trace::list,
+                                      .gain = 0};
+inline constexpr ValueControl blueGain{.selector = XU_BGAIN,
+                                       .slider = &ViewController::m_btnBgain,
+                                       .list = &ViewController::m_SpinBgain,
+                                       .highest = 10,
+                                       .lowest = -10,
+                                       .trace = Trace::list,
+                                       .gain = 1};
+inline constexpr ValueControl compensation{.selector = XU_COMP_VALUE,
+                                           .slider = &ViewController::m_SliderCompValue,
+                                           .list = &ViewController::m_SpinCompValue,
+                                           .highest = 7,
+                                           .lowest = -7,
+                                           .trace = Trace::sliderAndList};
+
+/// All of them, in the order in which a page load asks the camera for them.
+inline constexpr std::array values{&noise2D, &noise3D,  &dynamicRange,
+                                   &redGain, &blueGain, &compensation};
+
+/// A two-state button that shows one of two images. The other value of 0 and 1 is the one for off.
+struct SwitchControl {
+    std::int32_t selector;
+    IBOutlet<NSButton> ViewController::*button;
+    std::uint8_t valueForOn = 1;             ///< 0 where the camera's switch has the inverted sense
+    const char* question = nullptr;          ///< what the user confirms first; null for nothing
+    const ValueControl* governed = nullptr;  ///< what can be changed only while it is on
+};
+
+inline constexpr SwitchControl compensationSwitch{.selector = XU_COMP_SWITCH,
+                                                  .button = &ViewController::m_btnCompSwitch,
+                                                  .valueForOn = 0,
+                                                  .governed = &compensation};
+inline constexpr SwitchControl h264Switch{.selector = XU_H264_SWITCH,
+                                          .button = &ViewController::m_btnH264Switch,
+                                          .question = "Reboot to Switch H264?"};
+inline constexpr SwitchControl audioSwitch{.selector = XU_AUDIO_SWITCH,
+                                           .button = &ViewController::m_btnAudioSwitch,
+                                           .question = "Reboot to Switch Audio?"};
+inline constexpr SwitchControl horizontalFlip{.selector = XU_FLIP_H,
+                                              .button = &ViewController::m_btnFlipH};
+inline constexpr SwitchControl verticalFlip{.selector = XU_FLIP_V,
+                                            .button = &ViewController::m_btnFlipV};
+
+/// All of them, in the order in which a page load asks the camera for them.
+inline constexpr std::array switches{&compensationSwitch, &h264Switch, &audioSwitch,
+                                     &horizontalFlip, &verticalFlip};
+
+/// A picture style: its number on the camera, and its button.
+struct PictureStyle {
+    std::int32_t number;
+    IBOutlet<NSButton> ViewController::*button;
+};
+
+inline constexpr PictureStyle normalStyle{.number = 0, .button = &ViewController::m_btnStyleNormal};
+inline constexpr PictureStyle clarityStyle{.number = 1,
+                                           .button = &ViewController::m_btnStyleClarity};
+inline constexpr PictureStyle brightStyle{.number = 2, .button = &ViewController::m_btnBright};
+inline constexpr PictureStyle pcStyle{.number = 3, .button = &ViewController::m_btnStylePC};
+inline constexpr PictureStyle clarityLedStyle{.number = 4,
+                                              .button = &ViewController::m_btnClarityLed};
+inline constexpr PictureStyle faceStyle{.number = 5, .button = &ViewController::m_btnSytleFace};
+inline constexpr PictureStyle defaultStyle{.number = 6,
+                                           .button = &ViewController::m_btnStyleDefault};
+
+/// All of them; at most one is on.
+inline constexpr std::array styles{&normalStyle,     &clarityStyle, &brightStyle, &pcStyle,
+                                   &clarityLedStyle, &faceStyle,    &defaultStyle};
+
+}  // namespace vendor

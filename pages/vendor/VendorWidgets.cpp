@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "camera/ControlTable.h"
 #include "camera/Transfer.h"
 #include "pages/vendor/VendorPage.h"
 
@@ -14,12 +15,12 @@ GainRange readGainRange() {
     return automaticWhiteBalance == 1 ? GainRange{0, 10, 11} : GainRange{-10, 10, 21};
 }
 
-void setGainRange(ViewController& controller, const ValueControl& gain, const GainRange& range) {
-    const NSSlider& slider = controller.*gain.slider;
+void setGainRange(ViewController& controller, const ValueControl& control, const GainRange& range) {
+    const NSSlider& slider = controller.*control.slider;
     slider.setMinValue(range.minimum);
     slider.setMaxValue(range.maximum);
     slider.setNumberOfTickMarks(range.tickMarks);
-    controller.ChangeCtrlRange(gain.selector == redGain.selector ? 0 : 1, range.minimum);
+    controller.ChangeCtrlRange(control.gain.value(), range.minimum);
 }
 
 void fillList(const NSPopUpButton& list, std::int32_t highest, std::int32_t lowest) {
@@ -32,9 +33,17 @@ void chooseNumber(const NSPopUpButton& list, std::int32_t number) {
     list.setTitle(std::to_string(number));
 }
 
-void showSwitch(const NSButton& button, bool on) {
+void showSwitch(const ViewController& controller, const SwitchControl& control, bool on) {
+    const NSButton& button = controller.*control.button;
     button.setState(on ? 1 : 0);
     button.setImage(NSImage::imageNamed(on ? "button_on.png" : "button_off.png"));
+}
+
+void enableGoverned(const ViewController& controller, const SwitchControl& control, bool on) {
+    if (control.governed == nullptr)
+        return;
+    (controller.*control.governed->list).setEnabled(on);
+    (controller.*control.governed->slider).setEnabled(on);
 }
 
 }  // namespace vendor
@@ -45,6 +54,6 @@ void ViewController::ChangeCtrlRange(std::int32_t list, std::int32_t min) {
 
 void ViewController::DisCheckAllStyle() {
     m_btnStyleNormal.setAllowsMixedState(true);
-    for (const auto button : vendor::styleButtons)
-        (this->*button).setState(0);
+    for (const vendor::PictureStyle* style : vendor::styles)
+        (this->*style->button).setState(0);
 }

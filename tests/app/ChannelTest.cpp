@@ -5,10 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cmath>
 
 #include "camera/OpenCamera.h"
 #include "camera/Transfer.h"
 #include "camera/UVCCameraControl.h"
+#include "platform/backend/UsbBackend.h"
 #include "tests/support/CameraFixture.h"
 
 namespace {
@@ -19,6 +21,35 @@ using testing::IsEmpty;
 using virtualcam::Faults;
 using Bytes = std::vector<std::uint8_t>;
 using Strings = std::vector<std::string>;
+
+/// A video-control interface that counts its holders when its plug-in is asked for it.
+struct CountingInterface : platform::UsbInterface, std::enable_shared_from_this<CountingInterface> {
+    IOReturn createPlugIn() override { return countHolders(); }
+    IOReturn queryInterface() override { return countHolders(); }
+    IOReturn countHolders() {
+        holders.push_back(weak_from_this().use_count());
+        return kIOReturnSuccess;
+    }
+    Descriptor descriptor() const override { return {CC_VIDEO, SC_VIDEOCONTROL, 0, 0}; }
+    IOReturn open() override { return kIOReturnSuccess; }
+    IOReturn controlRequest(IOUSBDevRequest& /*request*/) override { return EPIPE; }
+    IOReturn close() override { return kIOReturnSuccess; }
+    std::vector<long> holders;
+};
+
+/// A device that has it and nothing else.
+struct CountingDevice : platform::UsbDevice {
+    IOReturn createPlugIn() override { return kIOReturnSuccess; }
+    IOReturn queryInterface() override { return kIOReturnSuccess; }
+    std::uint16_t vendorID() const override { return 0; }
+    std::uint16_t productID() const override { return 0; }
+    std::uint32_t locationID() const override { return 0; }
+    IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
+        found.push_back(interface);
+        return kIOReturnSuccess;
+    }
+    std::shared_ptr<CountingInterface> interface = std::make_shared<CountingInterface>();
+};
 
 class ChannelTest : public testing::Test {
   protected:
@@ -38,10 +69,81 @@ TEST_F(ChannelTest, OpensByTheIdsAtTheEndOrByTheLocation) {
     EXPECT_FALSE(second->requests().empty());
     EXPECT_EQ(UVCCameraControl::initWithLocationID(0x15000000)->setGain(3), 1);
     expectError("No interface to send request");
+    second->clearRequests();
+    fixture_.camera().setFaults(
+        {.deviceCreatePlugIn = EBUSY});  // one that can't be opened is passed
+    EXPECT_EQ(UVCCameraControl::initWithLocationID(0x14210000)->setGain(3), 0);
+    EXPECT_FALSE(second->requests().empty());
+    expectError("IOCreatePlugInInterfaceForService returned 0x00000010.");
+    fixture_.camera().setFaults({});
     EXPECT_THAT(fixture_.requests(), IsEmpty());  // opening asks the camera nothing
     EXPECT_THAT((std::array{HexToInt(""), HexToInt("0G"), HexToInt("FfFfFfFf"),
                             HexToInt("123456789"), HexToInt("1\xFF")}),
                 ElementsAre(0, 23, -1, 0x23456789, -33));
+}
+
+TEST_F(ChannelTest, OpensTheFirstOfTwoDevicesWithTheSameIds) {
+    const auto twin = std::make_shared<virtualcam::VirtualCamera>(fixture_.camera().model());
+    fixture_.bus().plug(twin);
+    fixture_.open();
+    EXPECT_EQ(g_uvcCamera->setGain(3), 0);
+    EXPECT_THAT(fixture_.requests(), testing::SizeIs(1));
+    EXPECT_THAT(twin->requests(), IsEmpty());
+}
+
+TEST_F(ChannelTest, LetsGoOfAnInterfacesServiceOnceThereIsAPlugIn) {
+    const auto device = std::make_shared<CountingDevice>();
+    const auto found =
+        UVCCameraControl::getControlInferaceWithDeviceInterface(IOUSBDeviceStruct942(device));
+    ASSERT_NE(found, nullptr);
+    // The plug-in takes the service's place among the holders, and is one of two while it asks.
+    EXPECT_EQ(device->interface->holders, (std::vector<long>{3, 4}));
+}
+
+TEST_F(ChannelTest, WithoutAnInterfaceEveryRequestIsLoggedOnceAndFailsWhateverElseIsWrong) {
+    UVCCameraControl channel;
+    g_dataBuffer = nullptr;
+    g_length = 77;
+    const UVCControlInfo* const brightness = findControl(UNIT_PU, PU_BRIGHTNESS_CONTROL);
+    for (const std::int64_t status :
+         {std::int64_t{channel.sendControlRequest({})}, std::int64_t{channel.setData(1, 9, 2, 3)},
+          std::int64_t{channel.setData(1, 2, XU_DRC, 16)}, channel.getDataFor(GET_CUR, 9, 2, 3),
+          channel.getDataFor(GET_CUR, 2, XU_DRC, 16), channel.getValueForControl(brightness),
+          std::int64_t{channel.setValue(1, brightness)}}) {
+        EXPECT_EQ(status, 1);
+    }
+    EXPECT_EQ(fixture_.log().take("CameraControl Error: "),
+              Strings(7, "CameraControl Error: No interface to send request"));
+    EXPECT_EQ(channel.getRangeForControl(brightness).max, 0);
+    EXPECT_EQ(fixture_.log().count("CameraControl Error: "), 2);
+    EXPECT_EQ(g_length, 77);
+}
+
+TEST_F(ChannelTest, AReadAsksForTheControlsOwnSizeWhateverLengthWasLeft) {
+    fixture_.open();
+    const UVCControlInfo* const brightness = findControl(UNIT_PU, PU_BRIGHTNESS_CONTROL);
+    Bytes buffer(2);
+    g_dataBuffer = buffer.data();
+    for (const std::int32_t left : {1, 0, -1, 24}) {
+        g_length = left;
+        buffer = {0x34, 0x12};
+        EXPECT_EQ(g_uvcCamera->getValueForControl(brightness), 0);
+        EXPECT_EQ(g_length, 2);
+        EXPECT_EQ(buffer, (Bytes{7, 0}));
+        EXPECT_EQ(fixture_.requests(), Strings{"a1 81 0200 0300 2 | 07 00"});
+        EXPECT_EQ(fixture_.log().take("bmRequestType2"),
+                  Strings{"bmRequestType2:161 get_data_for:4660"});
+    }
+    for (const std::int32_t length : {-1, 0, 3, 9}) {
+        EXPECT_EQ(g_uvcCamera->getDataFor(GET_CUR, length, PU_BRIGHTNESS_CONTROL, 3), 1);
+        expectError("No control has " + std::to_string(length) + " bytes");
+    }
+    g_dataBuffer = nullptr;
+    for (const UVCControlInfo* control : {brightness, findControl(UNIT_XU, XU_DRC)}) {
+        EXPECT_EQ(g_uvcCamera->getValueForControl(control), 1);
+        expectError("There is no buffer to read into");
+    }
+    EXPECT_THAT(fixture_.requests(), IsEmpty());
 }
 
 TEST_F(ChannelTest, WhatPreventsAnOpenIsLoggedOnceAndLeavesAChannelWithoutInterface) {
@@ -96,12 +198,21 @@ TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
     transfer(read, {.lengths = {{{16, XU_VERSION}, 10}}}, UNIT_XU, XU_VERSION, Bytes(9),
              {"a1 85 0900 1000 9 | 0a 00"}, "A control of 10 bytes does not fit a buffer of 9");
     transfer(read, {}, UNIT_XU, XU_VERSION, {0}, {}, "No room for a control's length in 1 bytes");
-    transfer(read, {}, UNIT_PU, PU_BRIGHTNESS_CONTROL, {0}, {},
-             "A control of 2 bytes does not fit a buffer of 1");
+    EXPECT_EQ(transfer(read, {}, UNIT_CT, CT_PANTILT_ABSOLUTE_CONTROL, Bytes(7, 0xEE),
+                       {"a1 81 0d00 0100 8 | 00 00 00 00 00 00 00 00"}),
+              Bytes(7))
+        << "as much of an answer as there is room for";
+    EXPECT_EQ(transfer(read, {}, UNIT_PU, PU_BRIGHTNESS_CONTROL, Bytes(4, 0xEE),
+                       {"a1 81 0200 0300 2 | 07 00"}),
+              (Bytes{7, 0, 0xEE, 0xEE}))
+        << "the rest is left as it was";
     transfer(read, {.stalled = {{16, XU_VERSION}}}, UNIT_XU, XU_VERSION, Bytes(24),
              {"a1 85 0900 1000 24 !"}, "Control request failed: 00000020");
     // What a write does not give of a control is zero.
     transfer(write, {}, UNIT_PU, PU_GAMMA_CONTROL, {0xF9}, {"21 01 0900 0300 2 | f9 00"});
+    transfer(write, {}, UNIT_XU, XU_DRC, {9},
+             {"a1 85 0c00 1000 2 | 02 00", "21 01 0c00 1000 2 | 09 00 !"},
+             "Control request failed: 00000020");
     transfer(write, {}, UNIT_PU, PU_GAMMA_CONTROL, {1, 1, 1}, {},
              "3 bytes do not fit a control of 2");
     transfer(write, {.lengths = {{{16, XU_FLIP_H}, 9}}}, UNIT_XU, XU_FLIP_H, {1},
@@ -119,10 +230,32 @@ TEST_F(ChannelTest, TransfersKeepToTheRoomAndTheLengthThatThereIs) {
 
 TEST_F(ChannelTest, TracesTransfersAndLeavesUnknownOnesOut) {
     Bytes buffer{0xF9, 0, 0, 0, 1, 0, 0, 0};
-    EXPECT_EQ(Capture_Transfer(2, captureRead, buffer.data(), 8, UNIT_PU), 1);  // no camera yet
+    g_dataBuffer = &buffer;
+    g_length = 5;
+    for (const std::int32_t direction : {captureRead, captureWrite})  // no camera yet
+        EXPECT_EQ(Capture_Transfer(2, direction, buffer.data(), 8, UNIT_PU), 1);
+    EXPECT_EQ(g_dataBuffer, &buffer);
+    EXPECT_EQ(g_length, 5);
     fixture_.open();
     EXPECT_EQ(Capture_Transfer(2, 2, buffer.data(), 8, UNIT_PU), 0);
-    EXPECT_EQ(Capture_Transfer(3, captureWrite, buffer.data(), 8, UNIT_CT), 0);
+    // Pairs of unit kind and selector that no control has.
+    for (const auto& [kind, selector] : {std::pair(UNIT_CT, 1U),
+                                         {UNIT_CT, 3},
+                                         {UNIT_CT, 14},
+                                         {UNIT_PU, 0},
+                                         {UNIT_PU, 12},
+                                         {UNIT_XU, 5},
+                                         {UNIT_XU, 8},
+                                         {UNIT_XU, 27},
+                                         {UnitKind{3}, 2},
+                                         {UnitKind{-1}, 2}})
+        for (const std::int32_t direction : {captureRead, captureWrite})
+            EXPECT_EQ(Capture_Transfer(selector, direction, buffer.data(), 8,
+                                       static_cast<std::uint32_t>(kind)),
+                      0)
+                << kind << ", " << selector;
+    EXPECT_THAT(fixture_.requests(), IsEmpty());
+    fixture_.log().take();
     Capture_Transfer(XU_COMP_VALUE, captureWrite, buffer.data(), 1, UNIT_XU);
     Capture_Transfer(CT_PANTILT_ABSOLUTE_CONTROL, captureWrite, buffer.data(), 8, UNIT_CT);
     Capture_Transfer(XU_STYLE, captureRead, buffer.data(), 8, UNIT_XU);
@@ -136,7 +269,8 @@ TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
     UVCCameraControl& camera = *g_uvcCamera;
     for (const bool on : {true, false}) {
         EXPECT_EQ(camera.setAutoExposure(on) + camera.setAutoWhiteBalance(on), 0);
-        EXPECT_EQ(camera.getAutoExposure() && camera.getAutoWhiteBalance(), on);
+        EXPECT_EQ(camera.getAutoExposure(), on);
+        EXPECT_EQ(camera.getAutoWhiteBalance(), on);
         EXPECT_EQ(camera.SetExpCompSwitch(on ? 1 : 0), 0);
         EXPECT_EQ(camera.GetExpCompSwitch(), on ? 1 : 0);
     }
@@ -155,6 +289,13 @@ TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
                             camera.getContrast(), camera.getSaturation(), camera.getSharpness(),
                             camera.getWhiteBalance()}),
                 ElementsAre(-99, 6, -3, 4, 120, 5, 6500));
+    // Fractions go toward zero, and what is no number or none of 64 bits counts as 0.
+    for (const auto& [given, sent] :
+         {std::pair{-3.7F, -3}, {2.9F, 2}, {-0.9F, 0}, {NAN, 0}, {INFINITY, 0}, {-1e30F, 0}}) {
+        camera.setBrightness(1);
+        camera.setBrightness(given);
+        EXPECT_EQ(fixture_.camera().picture().brightness, sent) << given;
+    }
     const UVCControlRange range = camera.getRangeForControl(findControl(UNIT_XU, XU_COMP_VALUE));
     EXPECT_EQ(std::pair(range.min, range.max), std::pair(-7, 7));
     EXPECT_EQ(UVCCameraControl::mapValue(25, 5, 15, 100, 200), 300) << "nothing is clamped";

@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <set>
 
+#include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
@@ -41,6 +43,7 @@ TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
     setInCamera(fixture.camera(), {16, XU_AUDIO_SWITCH}, {1});
     fixture.bus().restart(fixture.cameraReference());
     const auto second = fixture.plugAnother("Second");
+    fixture.list("m_cbxDevice").addItem("an item of the interface file");
     fixture.start();
     EXPECT_EQ(fixture.window().windowTitle().toStdString(), "Quelvo");
     EXPECT_EQ(listed(fixture), "Studio 10, Second 11, > Studio");
@@ -89,6 +92,8 @@ TEST(CameraListTest, CutsLongTextsBetweenCharactersAndFindsThemAgain) {
     const std::string end = std::string(54, 'x') + "e7a14c10";
     EXPECT_EQ(entryUniqueID("0x" + end), 'x' + end);
     EXPECT_EQ(entryUniqueID("0\u00e9" + end), end);
+    EXPECT_EQ(entryName(std::string(63, 'n')).size(), 63U);
+    EXPECT_EQ(entryName(std::string(64, 'n')).size(), 63U) << "a zero follows in the entry";
 }
 
 TEST(OpenTest, FillsThePagesAndShowsVideoWhichTheNextOpenReplaces) {
@@ -105,10 +110,23 @@ TEST(OpenTest, FillsThePagesAndShowsVideoWhichTheNextOpenReplaces) {
     auto lines = fixture.log().take();
     std::erase_if(lines,
                   [](auto& line) { return line[0] == 'b' || line.starts_with("g_length2"); });
+    std::vector<std::string> expected(11, "g_length:8");
+    expected.insert(
+        expected.end(),
+        {lines.at(11), "ERROR: trying to open camera: The camera is in use.", "g_length:1"});
+    expected.insert(expected.end(), 13, "g_length:24");
+    expected.insert(expected.end(), {"g_length:8", "zoomEnable:0"});
+    expected.insert(expected.end(), 5, "g_length:8");
+    EXPECT_EQ(lines, expected);
     EXPECT_THAT(lines.at(11), testing::MatchesRegex("viewLayer = <CALayer: 0x[0-9a-f]+>"));
-    EXPECT_EQ(lines.at(12), "ERROR: trying to open camera: The camera is in use.");
     auto* widget = fixture.find<QWidget>("m_previewWnd");
     EXPECT_EQ(widget->grab().toImage().pixelColor(widget->rect().center()), QColor(153, 153, 153));
+
+    // A channel that can't be opened takes nothing from the picture.
+    fixture.camera().setFaults({.deviceCreatePlugIn = EBUSY});
+    fixture.click("OnBtnOpenCamera:");
+    EXPECT_EQ(fixture.shown("m_lableVersion"), "Get device info failed!");
+    fixture.awaitPicture();
 
     fixture.camera().setFaults({});
     const std::weak_ptr<CALayer> layer = preview.layer();
@@ -162,8 +180,13 @@ TEST(OpenTest, TakesTheFirstOfEqualNamesOrATypedIdentifier) {
     EXPECT_EQ(fixture.controller().m_previewWnd.layer(), layer);
     EXPECT_EQ(g_captureSession->latestFrame(), nullptr);
     // The open camera's going changes nothing but the list.
+    const auto* const channel = g_uvcCamera.get();
+    const auto session = g_captureSession;
     fixture.bus().unplug(fixture.cameraReference());
     EXPECT_EQ(fixture.shown("m_textGama"), "238");
+    EXPECT_EQ(g_uvcCamera.get(), channel);
+    EXPECT_EQ(g_captureSession, session);
+    EXPECT_EQ(fixture.controller().m_previewWnd.layer(), layer);
     open("");  // both pages are filled from no camera
     EXPECT_EQ(fixture.shown("m_lableVersion"), "Get device info failed!");
 }

@@ -75,6 +75,7 @@ TEST(ShowAlertTest, AsksInPlainTextAndTakesACloseForTheOnlyOtherAnswer) {
 
 TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
     for (const auto& [version, label] : {std::pair{"V9.2.4", "v3 V9.2.4"},
+                                         {"", ""},
                                          {"V8.1.2", "v2 V8.1.2"},
                                          {"V8.V9.", "v3 V8.V9."},
                                          {"1.0.5", "v1 SOC:V1.0.5"},

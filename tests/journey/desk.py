@@ -1,5 +1,5 @@
-"""A person at the desk: finds widgets by what they are called, works them with the mouse and the
-keyboard of the X display, and looks at them and at the screen."""
+"""A person at the desk: finds widgets by what they are called, works them and looks at them and at
+the screen. With what they are worked, and how the screen is seen, is each display's own matter."""
 
 import atexit
 import contextlib
@@ -13,7 +13,6 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-WORKED = ("combo box", "push button", "check box", "radio button", "slider", "page tab list")
 SECONDS = 10  # until what must happen counts as not happening
 
 
@@ -43,7 +42,8 @@ class Desk:
                 GLib.MainContext.default().iteration(True)
         finally:
             GLib.source_remove(pulse)
-        subprocess.run(["import", "-silent", "-window", "root", "journey-failure.png"], check=False)
+        with open("journey-failure.png", "wb") as picture:
+            picture.write(self.photograph("png"))
         raise TimeoutError
 
     def _active_window(self):
@@ -54,17 +54,14 @@ class Desk:
                 if program.get_process_id() == self._process.pid for window in children(program)]
 
     @functools.cache  # the widgets stay
-    def find(self, role, name):
+    def find(self, kind, name):
         """Returns the widget of this kind and name, and waits for it."""
         return self.until(lambda: next(
             (widget for window in self._windows() for widget in descendants(window)
-             if widget.get_role_name() == role and widget.get_name() == name), None))
+             if kind_of(widget) == kind and widget.get_name() == name), None))
 
-    def controls(self):
-        """The widgets that can be worked now, in the order of the window."""
-        return [widget for widget in descendants(self.window)
-                if widget.get_role_name() in WORKED
-                and all(has(widget, state) for state in ("FOCUSABLE", "SHOWING", "ENABLED"))]
+    def press(self, kind, name):
+        self.click(self.find(kind, name))
 
     def wait_number(self, name, number):
         """Waits until the slider shows the number, and the text or list beside it too."""
@@ -76,53 +73,17 @@ class Desk:
         box = self.find("check box", name)
         self.until(lambda: has(box, "CHECKED") == wanted)
 
-    def choose(self, name, item):
-        """Picks an item in the list beside a slider."""
-        box = next(widget for widget in beside(self.find("slider", name))
-                   if widget.get_role_name() == "combo box")
-        self.click(box)
-        choices = children(box)[0]
-        self.until(lambda: has(choices, "SHOWING"))
-        self.click(next(choice for choice in children(choices) if choice.get_name() == item))
-
-    def answer(self, question, key):
-        """Answers a box by a key, and waits until it is gone. Only then does the key come up: of
-        one that assistive technology has not answered for when its window goes, the toolkit loses
-        the memory."""
-        self.find("label", question)
-        self.until(lambda: self._active_window() != self.window)
-        self.hand("keydown", key)
-        self.until(lambda: self._active_window() == self.window)
-        self.hand("keyup", key)
-
-    def click(self, widget):
-        self.hand("mousemove", *middle(widget), "click", 1)
-
-    def drag(self, slider, fraction):
-        """Drags a slider's handle from the middle to this part of the slider's length."""
-        x, y = middle(slider)
-        there = extents(slider).x + extents(slider).width * fraction
-        self.hand("mousemove", x, y, "mousedown", 1, "mousemove", int(there), y, "mouseup", 1)
-
-    @staticmethod
-    def hand(*words):
-        subprocess.run(["xdotool", *map(str, words)], check=True)
-
-    @staticmethod
-    def look(widget):
-        """Returns what the screen shows there, as the means (red, green, blue) of 48 columns."""
+    def look(self, widget):
+        """Returns what the screen shows there, as the means (red, green, blue) of its columns."""
         area = extents(widget)
-        pixels = subprocess.check_output(
-            ["import", "-silent", "-window", "root", "-crop",
-             f"{area.width}x{area.height}+{area.x}+{area.y}", "-filter", "box", "-resize", "48x1!",
-             "-depth", "8", "rgb:-"])
-        return [tuple(pixels[i:i + 3]) for i in range(0, len(pixels), 3)]
+        row = 3 * area.width
+        values = self.photograph("ppm", area)[-row * area.height:]  # after the header
+        means = [sum(values[i::row]) / area.height for i in range(row)]
+        return list(zip(means[0::3], means[1::3], means[2::3]))
 
     def end(self):
-        """Closes the window by its title bar, as no key may be under way (see `answer`), and returns
-        the program's exit status and its log."""
-        area = extents(self.window)
-        self.hand("mousemove", area.x + area.width - 8, area.y - 10, "click", 1)
+        """Closes the window, and returns the program's exit status and its log."""
+        self.close_window()
         status = self._process.wait(SECONDS)
         self._log.seek(0)
         return status, self._log.readlines()
@@ -136,7 +97,7 @@ def children(widget):
 def descendants(widget):
     for child in children(widget):
         yield child
-        if child.get_role_name() != "combo box":  # many items, and not to be told apart
+        if kind_of(child) != "combo box":  # many items, and not to be told apart
             yield from descendants(child)
 
 
@@ -149,7 +110,12 @@ def beside(slider):
 
 def is_named(widget):
     """A list's name is what is chosen; what it is called tells the label that it relates to."""
-    return widget.get_relation_set() if widget.get_role_name() == "combo box" else widget.get_name()
+    return widget.get_relation_set() if kind_of(widget) == "combo box" else widget.get_name()
+
+
+def kind_of(widget):
+    """What kind of widget it is; older releases say "push button" for a button."""
+    return widget.get_role_name().removeprefix("push ")
 
 
 def extents(widget):

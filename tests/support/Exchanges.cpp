@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QCoreApplication>
+#include <QToolButton>
 #include <deque>
 #include <fstream>
 #include <map>
@@ -39,7 +40,9 @@ std::set<virtualcam::ControlId> controlsIn(const std::string& text) {
 std::string offerOf(WindowHands& hands, const std::string& name) {
     if (const auto* slider = qobject_cast<QSlider*>(hands.find<QWidget>(name)))
         return std::to_string(slider->minimum()) + ' ' + std::to_string(slider->maximum()) +
-               (slider->tickInterval() == 1 ? "" : " without a tick mark each");
+               (slider->tickPosition() == QSlider::TicksBelow && slider->tickInterval() == 1
+                    ? ""
+                    : " without a tick mark each");
     const QComboBox& list = hands.list(name);
     for (int i = 1; i < list.count(); ++i)
         if (list.itemText(i).toInt() != list.itemText(i - 1).toInt() - 1)
@@ -54,12 +57,14 @@ std::string see(WindowHands& hands, const std::string& name, const std::string& 
         return hands.isEnabled(name) ? "enabled" : "disabled";
     if (verb == "pictures")
         return hands.image(name);
+    if (verb == "has")
+        return hands.find<QToolButton>(name)->autoRaise() ? "no border" : "a border";
     return offerOf(hands, name);
 }
 
 /// How widgets differ from what the expectation says of them; empty when none does.
 std::string difference(WindowHands& hands, const std::string& expectation) {
-    static const std::regex form("((?:m_\\w+ )+)(=|is|pictures|offers) (.*)");
+    static const std::regex form("((?:m_\\w+ )+)(=|is|pictures|has|offers) (.*)");
     std::smatch part;
     if (!std::regex_match(expectation, part, form))
         throw std::runtime_error("no such expectation");
@@ -114,6 +119,8 @@ class Performance {
             act([&] { hands.choose(part_[1], part_[2]); });
         } else if (is("move (\\S+) (-?\\d+)")) {
             act([&] { hands.moveSlider(part_[1], std::stoi(part_[2])); });
+        } else if (is("untick (\\S+)")) {
+            hands.slider(part_[1]).setTickPosition(QSlider::NoTicks);
         } else if (is("maximum (\\S+) (-?\\d+)")) {
             act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
         } else {

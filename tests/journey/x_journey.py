@@ -1,55 +1,11 @@
 """One journey through the program: opens the camera, changes it in every way that there is, takes
 it all back and leaves. After each step the picture and the widgets must agree."""
 
-import re
-import statistics
 import sys
 
-from desk import Desk, extents, has, is_named
-
-# What the program may write on its way, and nothing else.
-LOG = re.compile(
-    r"quelvo: (kkk:3|g_length2?:\d+|bmRequestType2:\d+ get_data_for:-?\d+|set:length:8 , -?\d+|"
-    r"intval:-?\d+|zoomEnable:0|slider:-?\d+|spin:-?\d+|viewLayer = <CALayer: 0x[0-9a-f]+>)\n")
-
-
-class Picture:
-    """What the preview shows."""
-
-    def __init__(self, desk):
-        pixels = desk.look(desk.find("filler", "Preview"))
-        self.columns = [sum(pixel) / 3 for pixel in pixels]
-        self.light = statistics.mean(self.columns)
-        self.warmth = statistics.mean(red - blue for red, _, blue in pixels)
-
-    def is_like(self, other):
-        """The colours too: on its way back a picture may be as light as it was, but pale."""
-        return abs(self.light - other.light) < 8 and abs(self.warmth - other.warmth) < 3
-
-    def mirrors(self, other):
-        """Whatever the light is by now: only where it is bright and where dark counts."""
-        same, turned = (statistics.correlation(self.columns, columns)
-                        for columns in (other.columns, other.columns[::-1]))
-        return turned > 0.8 > 0.4 > same
-
-
-def press(desk, name):
-    desk.click(desk.find("push button", name))
-
-
-def turn_to(desk, page, slider):
-    desk.click(desk.find("page tab", page))
-    desk.until(lambda: has(desk.find("slider", slider), "SHOWING"))
-
-
-def open_camera(desk):
-    screen = extents(desk.window)
-    assert screen.x + screen.width <= 1200 and screen.y + screen.height <= 760
-    nothing = Picture(desk)
-    assert max(nothing.columns) - min(nothing.columns) < 8
-    press(desk, "Open camera")
-    desk.find("label", "v3 V9.2.4")
-    desk.until(lambda: not Picture(desk).is_like(nothing))
+from desk import has, is_named, kind_of
+from steps import Picture, leave, open_camera, turn_to
+from x_desk import XDesk
 
 
 def walk_and_speak(desk):
@@ -60,7 +16,7 @@ def walk_and_speak(desk):
         controls = desk.controls()
         assert all(map(is_named, controls))
         stops = [widget for widget in controls
-                 if widget.get_role_name() != "radio button" or has(widget, "CHECKED")]
+                 if kind_of(widget) != "radio button" or has(widget, "CHECKED")]
         stops[1].get_component_iface().grab_focus()
         desk.until(lambda: has(stops[1], "FOCUSED"))
         desk.hand("key", *["Tab"] * (len(stops) - 1))
@@ -69,7 +25,7 @@ def walk_and_speak(desk):
     desk.find("slider", "Brightness").get_value_iface().set_current_value(200)
     desk.wait_number("Brightness", 200)
     desk.until(lambda: Picture(desk).light > plain.light + 30)
-    desk.find("push button", "Set standard defaults").get_action_iface().do_action(0)
+    desk.find("button", "Set standard defaults").get_action_iface().do_action(0)
     desk.wait_number("Brightness", 7)
     desk.until(lambda: Picture(desk).is_like(plain))
 
@@ -84,9 +40,9 @@ def drag_and_type(desk):
     desk.hand("key", "End", "Left", "Left")
     desk.wait_number("Brightness", 253)
     # What the window shows is what the camera has.
-    press(desk, "Open camera")
+    desk.press("button", "Open camera")
     desk.wait_number("Brightness", 253)
-    press(desk, "Set standard defaults")
+    desk.press("button", "Set standard defaults")
     desk.wait_number("Brightness", 7)
     desk.until(lambda: Picture(desk).is_like(plain))
 
@@ -98,14 +54,14 @@ def choose_and_flip(desk):
     desk.wait_number("Red gain", 10)
     desk.until(lambda: Picture(desk).warmth > plain.warmth + 5)
     plain = Picture(desk)
-    desk.click(desk.find("check box", "Flip horizontally"))
+    desk.press("check box", "Flip horizontally")
     desk.wait_checked("Flip horizontally")
     desk.until(lambda: Picture(desk).mirrors(plain))
 
 
 def answer_boxes(desk):
     for answer, checked in (("Escape", False), ("Return", True), ("Return", False)):
-        desk.click(desk.find("check box", "H.264 stream"))
+        desk.press("check box", "H.264 stream")
         desk.answer("Reboot to Switch H264?", answer)
         desk.wait_checked("H.264 stream", checked)
 
@@ -113,7 +69,7 @@ def answer_boxes(desk):
 def restore(desk):
     flipped = Picture(desk)
     for answer, number in (("Escape", 10), ("Return", 0)):
-        press(desk, "Restore vendor defaults")
+        desk.press("button", "Restore vendor defaults")
         desk.answer("Restore to default settings?", answer)
         desk.wait_number("Red gain", number)
     desk.wait_checked("Flip horizontally", False)
@@ -122,13 +78,7 @@ def restore(desk):
     desk.until(lambda: Picture(desk).warmth < flipped.warmth - 5)
 
 
-def leave(desk):
-    status, log = desk.end()
-    strange = [line for line in log if not LOG.fullmatch(line)]
-    assert (status, strange) == (0, []), f"ended with {status}: {''.join(strange)}"
-
-
-desk_of_journey = Desk(sys.argv[1])
+desk_of_journey = XDesk(sys.argv[1])
 for part in (open_camera, walk_and_speak, drag_and_type, choose_and_flip, answer_boxes, restore,
              leave):
     part(desk_of_journey)
