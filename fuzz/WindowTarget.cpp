@@ -134,7 +134,6 @@ struct Program : WindowHands {
         };
         for (int count = input.byte() % 4; count > 0; --count)
             capture.plug();
-        platform::startDeviceNotifications();
         controller.viewDidLoad();
     }
     QWidget& window() override { return interface->widget(); }
@@ -259,7 +258,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     }
     meanwhile = [] {};
     QCoreApplication::processEvents();
-    platform::stopDeviceNotifications();
     g_captureSession.reset();
     g_uvcCamera.reset();
     g_length = 0;

@@ -18,8 +18,8 @@ std::vector<AVCaptureDevice> AVCaptureDevice::devices() {
     return found;
 }
 
-bool AVCaptureDevice::hasMediaType(AVMediaType type) const {
-    return device_->hasVideo() == (type == AVMediaType::video);
+bool AVCaptureDevice::hasMediaType(AVMediaType /*video*/) const {
+    return device_->hasVideo();
 }
 
 std::string AVCaptureDevice::uniqueID() const {
@@ -33,9 +33,16 @@ std::string AVCaptureDevice::localizedName() const {
 namespace platform {
 namespace {
 
-/// Turns the back end's announcements into notifications.
-class DeviceNotifier : public CaptureListener {
+/// Turns the back end's announcements into notifications, as long as it lives.
+class DeviceAnnouncer : public CaptureListener {
   public:
+    explicit DeviceAnnouncer(CaptureBackend& capture) : capture_(capture) {
+        capture_.setListener(this);
+    }
+    DeviceAnnouncer(const DeviceAnnouncer&) = delete;
+    DeviceAnnouncer& operator=(const DeviceAnnouncer&) = delete;
+    ~DeviceAnnouncer() override { capture_.setListener(nullptr); }
+
     void arrived(std::shared_ptr<CaptureDevice> device) override {
         post(AVCaptureDeviceWasConnectedNotification, std::move(device));
     }
@@ -49,22 +56,18 @@ class DeviceNotifier : public CaptureListener {
         NSNotificationCenter::defaultCenter().postNotification(
             {name, AVCaptureDevice(std::move(device))});
     }
-};
 
-void setNotifier(CaptureListener* notifier) {
-    if (CaptureBackend* capture = backends().capture)
-        capture->setListener(notifier);
-}
+    CaptureBackend& capture_;
+};
 
 }  // namespace
 
-void startDeviceNotifications() {
-    static DeviceNotifier notifier;
-    setNotifier(&notifier);
-}
-
-void stopDeviceNotifications() {
-    setNotifier(nullptr);
+std::shared_ptr<const void> announceDevices() {
+    static std::weak_ptr<const DeviceAnnouncer> current;
+    auto announcer = current.lock();
+    if (CaptureBackend* capture = backends().capture; capture != nullptr && !announcer)
+        current = announcer = std::make_shared<const DeviceAnnouncer>(*capture);
+    return announcer;
 }
 
 }  // namespace platform

@@ -9,8 +9,8 @@ namespace platform {
 class CaptureDevice;
 }
 
-/// The kinds of media that a capture device can deliver.
-enum class AVMediaType { video, audio };
+/// The kinds of media that a capture device can be asked for.
+enum class AVMediaType { video };
 
 inline constexpr AVMediaType AVMediaTypeVideo = AVMediaType::video;
 
@@ -44,11 +44,8 @@ class AVCaptureDevice {
 
 namespace platform {
 
-/// Starts to post the two device notifications, as the capture back end announces devices.
-/// The application loop calls this once before it loads the interface file.
-void startDeviceNotifications();
-
-/// Ends them, before the back end goes away.
-void stopDeviceNotifications();
+/// Posts the two device notifications, as the capture back end in force announces devices, for as
+/// long as somebody holds what is returned. The application loop exists and the back end stays.
+std::shared_ptr<const void> announceDevices();
 
 }  // namespace platform

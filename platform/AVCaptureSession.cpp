@@ -8,18 +8,6 @@
 #include "platform/NSLog.h"
 #include "platform/backend/CaptureBackend.h"
 
-namespace {
-
-platform::VideoLimits limitsOf(AVCaptureSessionPreset preset) {
-    switch (preset) {
-        case AVCaptureSessionPreset::medium:
-            return {640, 480};
-    }
-    return {};
-}
-
-}  // namespace
-
 /// Where the back end's thread leaves a frame for the main thread. At most one waits: a newer one
 /// takes its place, and the main thread is called once for all that came in between.
 class AVCaptureSession::FrameSlot : public platform::VideoSink,
@@ -101,7 +89,7 @@ void AVCaptureSession::startRunning() {
     if (!input_ || running_)
         return;
     running_ = true;
-    input_->source_->start(limitsOf(preset_), *slot_);
+    input_->source_->start({preset_.width, preset_.height}, *slot_);
 }
 
 void AVCaptureSession::stopRunning() {

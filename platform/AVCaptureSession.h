@@ -12,13 +12,13 @@ struct VideoFrame;
 class VideoSource;
 }  // namespace platform
 
-/// How large a session's picture should be.
-enum class AVCaptureSessionPreset {
-    medium,  ///< at most 640 x 480 pixels
+/// How large a session's picture should be at the most, in pixels.
+struct AVCaptureSessionPreset {
+    int width;
+    int height;
 };
 
-inline constexpr AVCaptureSessionPreset AVCaptureSessionPresetMedium =
-    AVCaptureSessionPreset::medium;
+inline constexpr AVCaptureSessionPreset AVCaptureSessionPresetMedium{640, 480};
 
 /// A capture device that was opened for a session.
 class AVCaptureDeviceInput {

@@ -49,7 +49,7 @@ class CALayer {
     std::string description() const;
 
     /// The view that hosts this layer gives what is to be called with the layer that has changed,
-    /// this one or one below it; empty when the view lets it go.
+    /// this one or one of those on it; empty when the view lets it go.
     void setDisplayHandler(std::function<void(const CALayer& changed)> handler);
 
     /// Says that the layer has changed and wants to be drawn again.

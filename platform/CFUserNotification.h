@@ -6,10 +6,8 @@
 /// Bits that describe an alert or the user's answer to it.
 using CFOptionFlags = unsigned long;
 
-/// Alert levels, for the flags of an alert.
-inline constexpr CFOptionFlags kCFUserNotificationStopAlertLevel = 0;
+/// The one kind of alert: a remark or a question, with the sign for that.
 inline constexpr CFOptionFlags kCFUserNotificationNoteAlertLevel = 1;
-inline constexpr CFOptionFlags kCFUserNotificationCautionAlertLevel = 2;
 
 /// The user's answers to an alert.
 inline constexpr CFOptionFlags kCFUserNotificationDefaultResponse = 0;
@@ -17,11 +15,11 @@ inline constexpr CFOptionFlags kCFUserNotificationAlternateResponse = 1;
 inline constexpr CFOptionFlags kCFUserNotificationCancelResponse = 3;
 
 /// Shows a modal box titled `header` with `message` as plain text, and blocks until the user has
-/// answered or `timeout` seconds have passed (0: no limit; the answer is then "cancel"). Return
-/// presses the default button; Escape, or closing the box, presses the alternate one, or the
-/// default one when it is alone. Returns 0 and sets `responseFlags`; without a window to show the
-/// box on, returns non-zero and leaves `responseFlags` alone. Main thread. Implemented by the
-/// toolkit's back end.
+/// answered; `timeout` is 0, as there is no limit to that. Return presses the default button;
+/// Escape, or closing the box, presses the alternate one, or the default one when it is alone. A
+/// box that goes away unanswered, with the application, counts as "cancel". Returns 0 and sets
+/// `responseFlags`; without a window to show the box on, returns non-zero and leaves
+/// `responseFlags` alone. Main thread. Implemented by the toolkit's back end.
 int CFUserNotificationDisplayAlert(double timeout, CFOptionFlags flags, const std::string& header,
                                    const std::string& message,
                                    const std::string& defaultButtonTitle,

@@ -6,10 +6,11 @@ NSNotificationCenter& NSNotificationCenter::defaultCenter() {
 }
 
 void NSNotificationCenter::postNotification(const NSNotification& notification) {
-    std::erase_if(observers_, [](const Subscription& entry) { return entry.observer.expired(); });
+    std::erase_if(subscriptions_, [](const auto& entry) { return entry.expired(); });
     // A copy, because an observer may subscribe while it is told.
-    const std::vector<Subscription> subscriptions = observers_;
-    for (const Subscription& entry : subscriptions)
-        if (entry.name == notification.name && !entry.observer.expired())
-            entry.deliver(notification);
+    const auto subscriptions = subscriptions_;
+    for (const auto& entry : subscriptions)
+        if (const auto subscription = entry.lock();
+            subscription && subscription->name == notification.name)
+            subscription->deliver(notification);
 }

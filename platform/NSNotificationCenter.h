@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/AVCaptureDevice.h"
@@ -24,13 +25,18 @@ class NSNotificationCenter {
     static NSNotificationCenter& defaultCenter();
 
     /// From now on calls `selector` of `observer` with each notification called `name`, from any
-    /// sender (`object` is always null). The subscription ends when the observer is destroyed.
+    /// sender (`object` is always null). The subscription ends when the observer is destroyed. As
+    /// long as there is one, the capture back end announces its devices.
     template <class Observer>
     void addObserver(Observer& observer, void (Observer::*selector)(const NSNotification&),
                      NSNotificationName name, std::nullptr_t /*object*/) {
-        observers_.push_back({observer.lifetime(), name, [&observer, selector](const auto& sent) {
-                                  (observer.*selector)(sent);
-                              }});
+        const auto deliver = [&observer, selector](const auto& sent) {
+            (observer.*selector)(sent);
+        };
+        auto subscription = std::make_shared<const Subscription>(
+            Subscription{name, deliver, platform::announceDevices()});
+        subscriptions_.push_back(subscription);
+        observer.keep(std::move(subscription));
     }
 
     /// Delivers `notification` to its observers, in the order in which they subscribed. Main
@@ -39,10 +45,10 @@ class NSNotificationCenter {
 
   private:
     struct Subscription {
-        std::weak_ptr<const void> observer;
         NSNotificationName name;
         std::function<void(const NSNotification&)> deliver;
+        std::shared_ptr<const void> announcements;
     };
 
-    std::vector<Subscription> observers_;
+    std::vector<std::weak_ptr<const Subscription>> subscriptions_;
 };

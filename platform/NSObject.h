@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <utility>
+#include <vector>
 
-/// The root of objects that others may refer to without owning them.
+/// The root of objects that may have notifications sent to them.
 class NSObject {
   public:
     NSObject() = default;
@@ -10,9 +12,9 @@ class NSObject {
     NSObject& operator=(const NSObject&) = delete;
     virtual ~NSObject() = default;
 
-    /// Expires when the object is destroyed.
-    std::weak_ptr<const void> lifetime() const { return lifetime_; }
+    /// Owns `thing` as well, until this object is destroyed.
+    void keep(std::shared_ptr<const void> thing) { kept_.push_back(std::move(thing)); }
 
   private:
-    std::shared_ptr<const void> lifetime_ = std::make_shared<char>();
+    std::vector<std::shared_ptr<const void>> kept_;
 };

@@ -46,7 +46,7 @@ class NSSlider : public NSControl {
     using NSControl::NSControl;
     void setMinValue(double minimum) const;
     void setMaxValue(double maximum) const;
-    /// Spreads `count` tick marks evenly over the range.
+    /// Spreads `count` tick marks evenly over the range; shows none when there are less than two.
     void setNumberOfTickMarks(int count) const;
     /// Moves the knob to `value`, or to the nearest end of the range.
     void setIntValue(int value) const;
@@ -77,14 +77,16 @@ class NSPopUpButton : public NSControl {
 class NSButton : public NSControl {
   public:
     using NSControl::NSControl;
-    /// 0 is off, every other value on; -1 is mixed on a check box that allows it.
+    /// 0 is off, every other value on.
     void setState(int state) const;
+    /// 0 or 1.
     int state() const;
     /// The same as `setState`.
     void setIntValue(int value) const;
     /// Shows the image; none takes the image away.
     void setImage(const std::optional<NSImage>& image) const;
     void setBordered(bool bordered) const;
+    /// Lets the user give a check box a third state, neither on nor off; other buttons have none.
     void setAllowsMixedState(bool allowed) const;
 };
 

@@ -1,11 +1,10 @@
 #include "platform/NSViewController.h"
 
 void NSViewController::setTitle(std::string_view title) {
-    title_ = title;
     if (titleHandler_)
-        titleHandler_(title_);
+        titleHandler_(title);
 }
 
-void NSViewController::setTitleHandler(std::function<void(const std::string&)> handler) {
+void NSViewController::setTitleHandler(std::function<void(std::string_view)> handler) {
     titleHandler_ = std::move(handler);
 }

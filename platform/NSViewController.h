@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 #include <span>
-#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -37,10 +36,9 @@ class NSViewController : public NSObject {
 
     /// Sets the controller's title, which its window shows as its own.
     void setTitle(std::string_view title);
-    const std::string& title() const { return title_; }
 
-    /// The window gives what is to be called with each new title.
-    void setTitleHandler(std::function<void(const std::string&)> handler);
+    /// The window gives what is to be called with each new title; empty when the window goes.
+    void setTitleHandler(std::function<void(std::string_view)> handler);
 
     std::span<const Outlet> outlets() const { return outlets_; }
     virtual std::span<const NSAction> actions() const = 0;
@@ -50,8 +48,7 @@ class NSViewController : public NSObject {
     friend class IBOutlet;
 
     std::vector<Outlet> outlets_;
-    std::string title_;
-    std::function<void(const std::string&)> titleHandler_;
+    std::function<void(std::string_view)> titleHandler_;
     std::shared_ptr<NSObject> representedObject_;
 };
 

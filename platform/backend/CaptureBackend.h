@@ -83,8 +83,9 @@ class CaptureBackend {
   public:
     virtual ~CaptureBackend() = default;
 
-    /// Returns the devices now attached, in the system's order. Once a listener is set, a device is
-    /// either in this list or still to be announced, never both.
+    /// Returns the devices now attached, in the system's order. What comes or goes afterwards is
+    /// announced to the listener, also to one that is set before the main loop turns: no device is
+    /// both in this list and announced, and none is missed.
     virtual std::vector<std::shared_ptr<CaptureDevice>> devices() = 0;
 
     /// Announces arrivals and departures to `listener` from now on; null ends it. The application

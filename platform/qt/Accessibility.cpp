@@ -16,7 +16,7 @@ namespace platform {
 namespace {
 
 /// A button that is on or off. To toggle it is to click it: the toolkit's own way sets the state
-/// past the click, and does nothing to a radio button that is on already.
+/// without a click, and does nothing to a radio button that is on already.
 class ToggleInterface : public QAccessibleWidget {
   public:
     ToggleInterface(QAbstractButton& button, QAccessible::Role role)
@@ -57,7 +57,8 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
     return nullptr;
 }
 
-/// The toolkit gives a list's choice as its name, and takes what it is called from a label.
+/// Only a label tells assistive technology what a list is called: the toolkit puts the chosen item
+/// in the place of the list's own name.
 void nameList(QComboBox& list) {
     const QString name = list.accessibleName();
     auto* label = new QLabel(name, list.parentWidget());

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include "platform/qt/WidgetPeer.h"
 
@@ -21,21 +20,10 @@ QWidget* shownWindow() {
     return nullptr;
 }
 
-QMessageBox::Icon iconFor(CFOptionFlags flags) {
-    switch (flags) {
-        case kCFUserNotificationStopAlertLevel:
-            return QMessageBox::Critical;
-        case kCFUserNotificationCautionAlertLevel:
-            return QMessageBox::Warning;
-        default:
-            return QMessageBox::Information;
-    }
-}
-
 }  // namespace
 
-int CFUserNotificationDisplayAlert(double timeout, CFOptionFlags flags, const std::string& header,
-                                   const std::string& message,
+int CFUserNotificationDisplayAlert(double /*timeout*/, CFOptionFlags /*flags*/,
+                                   const std::string& header, const std::string& message,
                                    const std::string& defaultButtonTitle,
                                    const std::optional<std::string>& alternateButtonTitle,
                                    CFOptionFlags& responseFlags) {
@@ -43,7 +31,7 @@ int CFUserNotificationDisplayAlert(double timeout, CFOptionFlags flags, const st
     if (window == nullptr)
         return 1;
     QMessageBox box(window);
-    box.setIcon(iconFor(flags));
+    box.setIcon(QMessageBox::Information);
     box.setWindowTitle(platform::fromUtf8(header));
     box.setTextFormat(Qt::PlainText);
     box.setText(platform::fromUtf8(message));
@@ -55,9 +43,6 @@ int CFUserNotificationDisplayAlert(double timeout, CFOptionFlags flags, const st
             box.addButton(platform::fromUtf8(*alternateButtonTitle), QMessageBox::RejectRole);
     box.setDefaultButton(usual);
     box.setEscapeButton(alternate != nullptr ? alternate : usual);
-    if (timeout > 0)
-        QTimer::singleShot(std::chrono::milliseconds(static_cast<int>(timeout * 1000)), &box,
-                           [&box] { box.done(QDialog::Rejected); });
     box.exec();
     if (box.clickedButton() == nullptr)
         responseFlags = kCFUserNotificationCancelResponse;

@@ -1,53 +1,21 @@
 #include "platform/qt/ImageView.h"
 
 #include <QImage>
-#include <QPaintEngine>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QRegion>
 #include <QVBoxLayout>
-#include <optional>
 #include <utility>
 
 #include "platform/CALayer.h"
 #include "platform/backend/CaptureBackend.h"
+#include "platform/qt/DecoderLayout.h"
 
 namespace platform {
 
 namespace {
 
-/// The place of a picture in `area`: its middle, as large as fits. For a few pixels more it is not
-/// scaled, so that it stays sharp and can be decoded where it is seen.
-QRect placeFor(const VideoFrame& frame, const QRect& area) {
-    constexpr int step = ImageView::kPixelsAtOnce;
-    const QSize size(frame.width, frame.height);
-    const QSize largest = size.scaled(area.size(), Qt::KeepAspectRatio);
-    const int more = largest.width() - size.width();
-    QRect place(QPoint(), more >= 0 && more < step ? size : largest);
-    place.moveCenter(area.center());
-    if (place.size() == size)
-        place.moveLeft(place.left() / step * step);
-    return place;
-}
-
-/// The memory of the window behind `painter` where `place` is, if a picture of that size can be
-/// written there as it is.
-std::optional<QImage> memoryAt(const QPainter& painter, const QRect& place) {
-    auto* device = painter.paintEngine()->paintDevice();
-    const QTransform& transform = painter.deviceTransform();
-    if (device->devType() != QInternal::Image || transform.type() > QTransform::TxTranslate)
-        return std::nullopt;
-    auto& image = *static_cast<QImage*>(device);
-    const QRect there = transform.mapRect(place);
-    const bool fits = image.format() == QImage::Format_RGB32 ||
-                      image.format() == QImage::Format_ARGB32_Premultiplied;
-    if (!fits || !image.rect().contains(there))
-        return std::nullopt;
-    uchar* first = image.scanLine(there.y()) + std::ptrdiff_t{4} * there.x();
-    return QImage(first, there.width(), there.height(), image.bytesPerLine(), image.format());
-}
-
-/// Draws a picture into `place`, within `open`.
+/// Draws a picture into `place`, as far as that is in `open`.
 void drawFrame(QPainter& painter, const VideoFrame& frame, const QRect& place,
                const QRegion& open) {
     const auto write = [&](QImage& image) {
@@ -56,7 +24,8 @@ void drawFrame(QPainter& painter, const VideoFrame& frame, const QRect& place,
     };
     const QSize size(frame.width, frame.height);
     const bool isAllOpen = QRegion(place).subtracted(open).isEmpty();
-    if (auto memory = memoryAt(painter, place); memory && place.size() == size && isAllOpen)
+    if (auto memory = DecoderLayout::memoryAt(painter, place);
+        memory && place.size() == size && isAllOpen)
         return write(*memory);
     QImage image(size, QImage::Format_RGB32);
     write(image);
@@ -80,7 +49,7 @@ QRect pictureIn(const CALayer& layer, QPoint origin) {
         if (const QRect picture = pictureIn(**sublayer, area.topLeft()); !picture.isEmpty())
             return picture;
     const auto contents = layer.contents();
-    return contents ? placeFor(*contents, area) : QRect();
+    return contents ? DecoderLayout::placeOf(*contents, area) : QRect();
 }
 
 QColor colorOf(const CGColor& color) {
@@ -93,16 +62,16 @@ void fill(QPainter& painter, const QRegion& region, const QColor& color) {
         painter.fillRect(part, color);
 }
 
-/// Draws a layer, whose superlayer starts at `origin`, and what is above it into `open`; returns
-/// what is open still. The topmost comes first and nothing is drawn twice, as each picture of a
-/// camera comes through here. Pictures and colours cover what is below them.
+/// Draws a layer, whose superlayer starts at `origin`, and the layers on it where nothing has been
+/// drawn yet, in `open`; returns where that is still so. The topmost layer comes first, so that no
+/// pixel is drawn twice: each picture of a camera comes through here.
 QRegion drawLayer(QPainter& painter, const CALayer& layer, QPoint origin, QRegion open) {
     const QRect area = areaOf(layer, origin);
     const auto& above = layer.sublayers();
     for (auto sublayer = above.rbegin(); sublayer != above.rend(); ++sublayer)
         open = drawLayer(painter, **sublayer, area.topLeft(), std::move(open));
     if (const auto contents = layer.contents()) {
-        const QRect place = placeFor(*contents, area);
+        const QRect place = DecoderLayout::placeOf(*contents, area);
         if (open.intersects(place))
             drawFrame(painter, *contents, place, open);
         open -= place;

@@ -8,13 +8,9 @@ class CALayer;
 
 namespace platform {
 
-/// A widget that shows a layer and the layers below it; until it has one, a hint what to do.
+/// A widget that shows a layer and the layers on it; until it has one, a hint what to do.
 class ImageView : public QWidget {
   public:
-    /// A decoder writes so many pixels, 32 bytes, at once; without delay where they start at a
-    /// multiple of that, as they do in a window whose width and left margin are multiples too.
-    static constexpr int kPixelsAtOnce = 8;
-
     explicit ImageView(QWidget* parent = nullptr);
     ImageView(const ImageView&) = delete;
     ImageView& operator=(const ImageView&) = delete;
@@ -23,7 +19,7 @@ class ImageView : public QWidget {
     void setLayer(const std::shared_ptr<CALayer>& layer);
     const std::shared_ptr<CALayer>& layer() const { return layer_; }
 
-    /// The size of a camera's picture as it comes, each of its pixels to be seen.
+    /// Room for each pixel of a camera's picture.
     QSize sizeHint() const override { return {640, 480}; }
 
   protected:

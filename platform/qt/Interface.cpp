@@ -1,5 +1,7 @@
 #include "platform/qt/Interface.h"
 
+#include <QAbstractButton>
+#include <QAbstractSlider>
 #include <QEvent>
 #include <QFile>
 #include <QSlider>
@@ -9,9 +11,10 @@
 
 #include "platform/NSViewController.h"
 #include "platform/qt/Accessibility.h"
+#include "platform/qt/DecoderLayout.h"
 #include "platform/qt/ImageView.h"
 #include "platform/qt/Look.h"
-#include "platform/qt/WidgetActions.h"
+#include "platform/qt/SliderPace.h"
 #include "platform/qt/WidgetPeer.h"
 #include "platform/qt/Widgets.h"
 
@@ -22,7 +25,7 @@ namespace {
 /// Makes the widgets of this layer besides the toolkit's own.
 class Loader : public QUiLoader {
   public:
-    Loader() { clearPluginPaths(); }  // nothing but the application decides what a widget is
+    Loader() { clearPluginPaths(); }  // no plug-in of the desktop changes a widget
 
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override {
         QWidget* widget = createOwn(className, parent);
@@ -90,29 +93,31 @@ std::unique_ptr<InterfaceWindow> InterfaceWindow::load(NSViewController& control
 InterfaceWindow::InterfaceWindow(NSViewController& controller, std::unique_ptr<QWidget> window)
     : controller_(controller),
       window_(std::move(window)),
-      actions_(std::make_unique<Actions>(controller, *window_)) {
-    // As wide as the preview needs for the pixels of a picture, one by one, and with all rows of
-    // the window's memory laid out alike for the decoder.
-    constexpr int step = ImageView::kPixelsAtOnce;
-    window_->resize((window_->sizeHint().width() + step - 1) / step * step, window_->height());
+      pace_(std::make_unique<SliderPace>(*window_)) {
+    // As wide as the preview needs to show each pixel of a picture.
+    window_->resize(window_->sizeHint().width(), window_->height());
+    DecoderLayout::align(*window_);
     guardWheel(*window_);
     nameLists(*window_);
     connectOutlets();
     connectActions();
     controller.setTitleHandler(
-        [this](const std::string& title) { window_->setWindowTitle(fromUtf8(title)); });
+        [this](std::string_view title) { window_->setWindowTitle(fromUtf8(title)); });
 }
 
 InterfaceWindow::~InterfaceWindow() {
-    actions_->flush();
+    pace_->flush();
     controller_.setTitleHandler({});
+}
+
+NSView InterfaceWindow::reference(QWidget& widget) const {
+    return NSView(std::make_shared<WidgetPeer>(WidgetPeer{&widget, pace_.get()}));
 }
 
 void InterfaceWindow::connectOutlets() {
     for (const auto& outlet : controller_.outlets())
         if (auto* widget = window_->findChild<QWidget*>(fromUtf8(outlet.name)))
-            outlet.reference->connect(
-                NSView(std::make_shared<WidgetPeer>(WidgetPeer{widget, actions_.get()})));
+            outlet.reference->connect(reference(*widget));
 }
 
 void InterfaceWindow::connectActions() {
@@ -121,8 +126,24 @@ void InterfaceWindow::connectActions() {
         const std::string wanted = widget->property("action").toString().toStdString();
         const auto action = std::ranges::find(offered, wanted, &NSAction::selector);
         if (action != offered.end())
-            actions_->connectAction(*widget, *action);
+            connectAction(*widget, *action);
     }
+}
+
+void InterfaceWindow::connectAction(QWidget& widget, const NSAction& action) {
+    const auto perform = [this, &action, sender = reference(widget)] {
+        action.perform(controller_, sender);
+    };
+    const auto performInTurn = [this, perform] {
+        pace_->flush();
+        perform();
+    };
+    if (auto* slider = qobject_cast<QAbstractSlider*>(&widget))
+        pace_->connectAction(*slider, perform);
+    else if (auto* button = qobject_cast<QAbstractButton*>(&widget))
+        QObject::connect(button, &QAbstractButton::clicked, pace_.get(), performInTurn);
+    else if (auto* list = qobject_cast<QComboBox*>(&widget))
+        QObject::connect(list, &QComboBox::activated, pace_.get(), performInTurn);
 }
 
 }  // namespace platform

@@ -2,12 +2,14 @@
 
 #include <memory>
 
+class NSView;
 class NSViewController;
 class QWidget;
+struct NSAction;
 
 namespace platform {
 
-class Actions;
+class SliderPace;
 
 /// The application's window as the interface file describes it, connected to a controller. The
 /// application loop holds one; tests load one of their own. Main thread only.
@@ -28,12 +30,14 @@ class InterfaceWindow {
 
   private:
     InterfaceWindow(NSViewController& controller, std::unique_ptr<QWidget> window);
+    NSView reference(QWidget& widget) const;
     void connectOutlets();
     void connectActions();
+    void connectAction(QWidget& widget, const NSAction& action);
 
     NSViewController& controller_;
     std::unique_ptr<QWidget> window_;
-    std::unique_ptr<Actions> actions_;
+    std::unique_ptr<SliderPace> pace_;
 };
 
 }  // namespace platform

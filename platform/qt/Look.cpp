@@ -15,8 +15,8 @@ namespace platform {
 namespace {
 
 // How far colours must be apart by the WCAG 2.1, and somewhat more for lines, which are softened.
-constexpr double kTextContrast = 4.5;
-constexpr double kLineContrast = 3.6;
+constexpr double textContrast = 4.5;
+constexpr double lineContrast = 3.6;
 
 double luminance(const QColor& color) {
     const auto linear = [](float part) {
@@ -41,7 +41,7 @@ QColor lineColor(const QPalette& palette) {
         line =
             QColor::fromRgbF(mix(window.redF(), text.redF()), mix(window.greenF(), text.greenF()),
                              mix(window.blueF(), text.blueF()));
-        if (contrast(line, window) >= kLineContrast)
+        if (contrast(line, window) >= lineContrast)
             break;
     }
     return line;
@@ -56,7 +56,7 @@ class Look : public QProxyStyle {
     void polish(QPalette& palette) override {
         QProxyStyle::polish(palette);
         const QColor chosen = palette.color(QPalette::Highlight);
-        if (contrast(palette.color(QPalette::HighlightedText), chosen) < kTextContrast)
+        if (contrast(palette.color(QPalette::HighlightedText), chosen) < textContrast)
             palette.setColor(QPalette::HighlightedText,
                              luminance(chosen) > 0.18 ? Qt::black : Qt::white);
     }
@@ -83,15 +83,16 @@ class Look : public QProxyStyle {
                            const QWidget* widget) const override {
         QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
         const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
-        // The knob keeps clear of the tick marks, and would lose its upper end.
+        // The knob is moved up from the tick marks, and needs the room that it loses above.
         if (type == CT_Slider && slider != nullptr && slider->tickPosition != QSlider::NoTicks)
             size.rheight() += 4;
         return size;
     }
 
   private:
-    /// The style takes its outlines from the window's colour, darkened; the option of a control
-    /// that can be worked gets the one that it makes a good line of.
+    /// The style draws outlines in the window's colour, darkened. Returns the option of a control
+    /// with a window's colour from which that makes a line that stands out, if the control is
+    /// enabled.
     template <class Option>
     std::unique_ptr<Option> outlined(const Option& option) const {
         auto changed = std::make_unique<Option>(option);
@@ -100,10 +101,11 @@ class Look : public QProxyStyle {
         return changed;
     }
 
-    /// The same palette for the same one: the style keeps a picture of a control for each.
+    /// Returns the same result for the same palette, because the style keeps pictures of all
+    /// controls for each palette that it is given.
     QPalette outlined(const QPalette& palette) const {
-        constexpr qsizetype kPalettes = 32;  // more than are in use at any time
-        if (palettes_.size() > kPalettes)
+        constexpr qsizetype mostPalettes = 32;  // more than are in use at any time
+        if (palettes_.size() > mostPalettes)
             palettes_.clear();
         const auto known = palettes_.constFind(palette.cacheKey());
         if (known != palettes_.cend())

@@ -16,7 +16,7 @@ QObject* mainLoop = nullptr;
 void endMainLoop() {
     std::unique_lock lock(gate);
     const std::unique_ptr<QObject> ended(std::exchange(mainLoop, nullptr));
-    lock.unlock();  // the tasks that are dropped here may end what posts tasks
+    lock.unlock();  // a task that is dropped here may destroy what posts another
 }
 
 void beginMainLoop() {

@@ -5,7 +5,6 @@
 #include <QScreen>
 #include <QWidget>
 
-#include "platform/AVCaptureDevice.h"
 #include "platform/NSLog.h"
 #include "platform/qt/Interface.h"
 
@@ -22,12 +21,12 @@ void nameApplication() {
 
 /// Shows the window in its own size, or as large as the screen lets it and its frame be.
 void show(QWidget& window) {
-    constexpr QSize kFrame(16, 48);  // an estimate: the window manager has not drawn it yet
-    window.resize(window.size().boundedTo(window.screen()->availableSize() - kFrame));
+    constexpr QSize frame(16, 48);  // an estimate: the window manager has not drawn it yet
+    window.resize(window.size().boundedTo(window.screen()->availableSize() - frame));
     window.show();
 }
 
-/// Runs the window's life on an application that exists; returns the exit status.
+/// Shows the window until the application ends; returns the exit status.
 int runWindow(NSApplicationDelegate& delegate, NSViewController& controller) {
     const auto window = platform::InterfaceWindow::load(controller);
     if (!window) {
@@ -52,8 +51,5 @@ int NSApplicationMain(int argumentCount, char** arguments, const NSApplicationCl
     nameApplication();
     const auto delegate = classes.makeDelegate();
     const auto controller = classes.makeViewController();
-    platform::startDeviceNotifications();
-    const int status = runWindow(*delegate, *controller);
-    platform::stopDeviceNotifications();
-    return status;
+    return runWindow(*delegate, *controller);
 }

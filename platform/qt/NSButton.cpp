@@ -27,20 +27,12 @@ void setChecked(QAbstractButton& button, bool checked) {
 }  // namespace
 
 void NSButton::setState(int state) const {
-    change<QAbstractButton>(peer(), [&](QAbstractButton& button) {
-        auto* box = qobject_cast<QCheckBox*>(&button);
-        if (state == -1 && box != nullptr && box->isTristate())
-            box->setCheckState(Qt::PartiallyChecked);
-        else
-            setChecked(button, state != 0);
-    });
+    change<QAbstractButton>(peer(),
+                            [&](QAbstractButton& button) { setChecked(button, state != 0); });
 }
 
 int NSButton::state() const {
     const auto* button = widgetFor<QAbstractButton>(peer());
-    const auto* box = qobject_cast<const QCheckBox*>(button);
-    if (box != nullptr && box->checkState() == Qt::PartiallyChecked)
-        return -1;
     return button != nullptr && button->isChecked() ? 1 : 0;
 }
 

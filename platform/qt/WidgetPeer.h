@@ -10,14 +10,15 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/qt/WidgetActions.h"
+#include "platform/qt/SliderPace.h"
 
 namespace platform {
 
-/// What a widget reference names: the widget, while it lives, and what sends its action.
+/// What a widget reference names: the widget, and the pace of its window's sliders, while they
+/// live.
 struct WidgetPeer {
     QPointer<QWidget> widget;
-    QPointer<Actions> actions;
+    QPointer<SliderPace> pace;
 };
 
 /// Returns the peer's widget, or null when there is none or it is not a `Widget`.
@@ -30,8 +31,8 @@ Widget* widgetFor(const std::shared_ptr<WidgetPeer>& peer) {
 /// it. What the user did to the widget before is sent first, so that no change overwrites it.
 template <class Widget, class Operation>
 void change(const std::shared_ptr<WidgetPeer>& peer, Operation operation) {
-    if (peer && peer->actions)
-        peer->actions->settle(peer->widget);
+    if (peer && peer->pace)
+        peer->pace->settle(peer->widget);
     if (auto* widget = widgetFor<Widget>(peer)) {
         const QSignalBlocker quiet(widget);
         operation(*widget);

@@ -57,8 +57,8 @@ void ValueLabel::changeEvent(QEvent* event) {
 
 void ValueLabel::makeRoom() {
     const QFontMetrics metrics = fontMetrics();
-    constexpr int kRounding = 2;  // what the digits of a real number may be wider
-    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-0000000000")) + kRounding,
+    constexpr int rounding = 2;  // other digits may be wider than zeros
+    setFixedSize(metrics.horizontalAdvance(QStringLiteral("-0000000000")) + rounding,
                  metrics.height());
 }
 

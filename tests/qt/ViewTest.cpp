@@ -74,7 +74,7 @@ TEST(ViewTest, TextsAndOutlinesStandOutInLightAndDark) {
 
 TEST(ViewTest, NothingIsCutOffOnASmallScreenOrInLargeTextAndMnemonicsAreUnique) {
     const QFont usual;
-    // The second is a small screen when everything is twice as large, not the text alone.
+    // The second is a small screen of twice the density: the text is as large as everything else.
     for (const auto& row :
          {std::pair{QSize(1024, 700), 1}, {QSize(624, 352), 1}, {QSize(1264, 752), 2}}) {
         QFont font = usual;

@@ -1,4 +1,4 @@
-// How the widgets work: when and how often they send their actions, and what they show.
+// How the widgets work: when they send their actions, and what they show.
 
 #include <gmock/gmock.h>
 
@@ -33,23 +33,6 @@ class ActionTest : public testing::Test {
         QCoreApplication::instance()->notify(&widget, &event);
     }
 
-    void setByAssistance(int value) {
-        QAccessible::queryAccessibleInterface(&slider)->valueInterface()->setCurrentValue(value);
-    }
-
-    /// Leaves the slider at a value whose action waits.
-    void moveTwice(int value) {
-        setByAssistance(1);
-        fixture.requests();
-        setByAssistance(value);
-    }
-
-    /// Lets the event loop turn until nothing is left to do.
-    static void rest() {
-        for (int turn = 0; turn < 5; ++turn)
-            QCoreApplication::processEvents();
-    }
-
     /// What was sent to the camera once all that is queued has been handled.
     std::vector<std::string> sent() {
         QCoreApplication::processEvents();
@@ -57,7 +40,6 @@ class ActionTest : public testing::Test {
     }
 
     WindowFixture fixture;
-    QSlider& slider = fixture.slider("m_sliderBright");
 };
 
 TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
@@ -75,70 +57,6 @@ TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
     list.showPopup();  // and the same item chosen again
     QTest::keyClick(QApplication::activePopupWidget()->focusWidget(), Qt::Key_Return);
     EXPECT_THAT(sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
-}
-
-TEST_F(ActionTest, OnlyTheFirstActionGoesAtOnceAndOneThatWaitsGoesOnceAndBeforeAllElse) {
-    setByAssistance(41);
-    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 29 00"));
-    setByAssistance(42);
-    setByAssistance(43);  // the one before is not worth sending any more
-    EXPECT_THAT(fixture.requests(), IsEmpty());
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
-    moveTwice(4);
-    fixture.slider("m_sliderGama").setValue(100);
-    setByAssistance(3);
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
-    moveTwice(5);
-    fixture.button("m_btn50HZ").click();
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
-    moveTwice(7);
-    fixture.controller().m_sliderBright.setIntValue(9);
-    EXPECT_EQ(slider.value(), 9);
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 07 00")) << "9 is the program's own";
-    moveTwice(8);
-    fixture.window().close();
-    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
-    moveTwice(6);
-    fixture.stop();  // the window goes
-    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
-}
-
-TEST_F(ActionTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
-    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
-    fixture.camera().setWait([&](auto) {  // over the first position it takes its time
-        for (int position = 100; slider.value() < 180; ++position)
-            slider.setSliderPosition(position);
-    });
-    slider.setSliderDown(true);
-    slider.setSliderPosition(60);
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
-    slider.setSliderPosition(199);
-    fixture.requests();
-    slider.setSliderPosition(200);
-    EXPECT_THAT(fixture.requests(), IsEmpty());
-    slider.setSliderDown(false);
-    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
-}
-
-// What the hand does meanwhile comes from the display, after what the program has posted itself.
-TEST_F(ActionTest, KeysThatComeWhileTheCameraAnswersAreOneChange) {
-    const auto pressKeys = [&] {
-        for (int i = 0; i < 10; ++i)
-            QCoreApplication::postEvent(
-                &slider, new QKeyEvent(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier));
-    };
-    slider.setSliderPosition(60);
-    rest();
-    fixture.requests();
-    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
-    fixture.camera().setWait([&](auto) {
-        if (slider.value() == 61)
-            QMetaObject::invokeMethod(&slider, pressKeys, Qt::QueuedConnection);
-    });
-    QTest::keyClick(&slider, Qt::Key_Right);
-    rest();
-    EXPECT_THAT(fixture.requests(),
-                ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
 }
 
 TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
@@ -169,6 +87,40 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     QTest::keyClick(&cameras, Qt::Key_Tab);
     EXPECT_EQ(fixture.controller().m_cbxDevice.stringValue(), "quelvo studio camera");
     EXPECT_EQ(cameras.count(), 1);
+}
+
+TEST(WidgetTest, AnEmptyReferenceAndOneToAnotherKindReadAsNothing) {
+    WindowFixture fixture;
+    NSView other;
+    for (int round = 0; round < 2; ++round) {
+        NSSlider slider;
+        NSPopUpButton list;
+        NSComboBox box;
+        NSImageView view;
+        NSButton button;
+        for (NSView* reference : std::initializer_list<NSView*>{&slider, &list, &box, &view})
+            reference->connect(other);
+        slider.setIntValue(5);
+        EXPECT_EQ(slider.intValue(), 0);
+        EXPECT_EQ(list.title() + box.stringValue() + box.itemObjectValueAtIndex(0), "");
+        EXPECT_EQ(box.numberOfItems(), 0);
+        EXPECT_EQ(button.state(), 0);
+        EXPECT_EQ(view.layer(), nullptr);
+        EXPECT_EQ(view.bounds().x + view.bounds().y + view.bounds().width, 0);
+        other.connect(fixture.controller().m_textBright);
+    }
+}
+
+TEST(WidgetTest, TabStopsAtTheRadioButtonThatIsOn) {
+    WindowFixture fixture;
+    fixture.controller().m_btnStylePC.setState(1);
+    fixture.controller().m_btnBright.setState(0);
+    fixture.controller().m_btnAutoWB.setState(1);
+    for (const char* name : {"m_btnStylePC", "m_btnBright", "m_btnStyleNormal"})
+        EXPECT_EQ(fixture.button(name).focusPolicy(),
+                  fixture.button(name).isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+    EXPECT_EQ(fixture.controller().m_btnStylePC.state(), 1);
+    EXPECT_EQ(fixture.button("m_btn50HZ").focusPolicy(), Qt::StrongFocus);
 }
 
 /// A layer that shows one red picture, twice as wide as high at first, and tells where it wrote it.
@@ -232,6 +184,26 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         EXPECT_NE(colour(-1, top), QColor(Qt::red));
     }
     layer->setNeedsDisplay();
+}
+
+TEST(WidgetTest, APictureIsNotDrawnOverTheLayersOnIt) {
+    const auto base = CALayer::layer();
+    const auto picture = std::make_shared<RedLayer>();
+    const auto above = CALayer::layer();
+    base->setBackgroundColor({0, 1, 0, 1});
+    base->addSublayer(picture);
+    picture->addSublayer(above);
+    picture->setFrame({40, 20, 80, 40});
+    above->setFrame({10, 10, 20, 10});
+    above->setBackgroundColor({0, 0, 1, 1});
+    WindowFixture fixture;
+    fixture.controller().m_previewWnd.setLayer(base);
+    const QImage shown = fixture.find<QWidget>("m_previewWnd")->grab().toImage();
+    const std::pair<QPoint, QColor> seen[] = {
+        {{39, 20}, Qt::green}, {{40, 20}, Qt::red},  {{119, 59}, Qt::red}, {{120, 59}, Qt::green},
+        {{49, 30}, Qt::red},   {{50, 30}, Qt::blue}, {{69, 39}, Qt::blue}, {{70, 39}, Qt::red}};
+    for (const auto& [place, colour] : seen)
+        EXPECT_EQ(shown.pixelColor(place), colour) << place.x() << ", " << place.y();
 }
 
 }  // namespace

@@ -3,18 +3,16 @@
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
-#include "platform/AVCaptureDevice.h"
 #include "platform/AVCaptureSession.h"
 
 void LiveWindow::start() {
-    platform::startDeviceNotifications();
-    controller_.viewDidLoad();
+    controller_->viewDidLoad();
     window().show();
 }
 
 void LiveWindow::stop() {
-    platform::stopDeviceNotifications();
     window_.reset();
+    controller_.reset();
     g_captureSession.reset();
     g_uvcCamera.reset();
     g_deviceList.clear();

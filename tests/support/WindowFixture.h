@@ -20,16 +20,16 @@ class LiveWindow : public WindowHands {
     /// Lets go of the window and of the back ends.
     void stop();
 
-    ViewController& controller() { return controller_; }
+    ViewController& controller() { return *controller_; }
     QWidget& window() override { return window_->widget(); }
 
     /// Waits until the preview has a picture.
     static void awaitPicture();
 
   private:
-    ViewController controller_;
+    std::unique_ptr<ViewController> controller_ = std::make_unique<ViewController>();
     std::unique_ptr<platform::InterfaceWindow> window_ =
-        platform::InterfaceWindow::load(controller_);
+        platform::InterfaceWindow::load(*controller_);
 };
 
 /// The window with a sane camera behind it, as it is after start-up.

@@ -1,0 +1,90 @@
+// When sliders send their actions, and how often.
+
+#include <gmock/gmock.h>
+
+#include <QAccessible>
+#include <QTest>
+
+#include "tests/support/WindowFixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SliderPaceTest : public testing::Test {
+  protected:
+    SliderPaceTest() { fixture.open(); }
+
+    void setByAssistance(int value) {
+        QAccessible::queryAccessibleInterface(&slider)->valueInterface()->setCurrentValue(value);
+    }
+
+    /// What was sent to the camera once all that is queued has been handled.
+    std::vector<std::string> sent() {
+        QCoreApplication::processEvents();
+        return fixture.requests();
+    }
+
+    WindowFixture fixture;
+    QSlider& slider = fixture.slider("m_sliderBright");
+};
+
+TEST_F(SliderPaceTest, TheLastPositionGoesOnceAndBeforeWhatIsDoneNext) {
+    setByAssistance(42);
+    setByAssistance(43);  // the one before is not worth sending any more
+    EXPECT_THAT(fixture.requests(), IsEmpty());
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
+    setByAssistance(4);
+    fixture.slider("m_sliderGama").setValue(100);
+    setByAssistance(3);
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
+    setByAssistance(5);
+    fixture.button("m_btn50HZ").click();
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
+    setByAssistance(7);
+    fixture.controller().m_sliderBright.setIntValue(9);
+    EXPECT_EQ(slider.value(), 9);
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 07 00")) << "9 is the program's own";
+    setByAssistance(8);
+    fixture.window().close();
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
+    setByAssistance(6);
+    fixture.stop();  // the window goes
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
+}
+
+TEST_F(SliderPaceTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
+    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    fixture.camera().setWait([&](auto) {  // over the first position it takes its time
+        for (int position = 100; slider.value() < 180; ++position)
+            slider.setSliderPosition(position);
+    });
+    slider.setSliderDown(true);
+    slider.setSliderPosition(60);
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
+    slider.setSliderPosition(200);
+    EXPECT_THAT(fixture.requests(), IsEmpty());
+    slider.setSliderDown(false);
+    EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
+}
+
+// What the hand does meanwhile comes from the display, after what the program has posted itself.
+TEST_F(SliderPaceTest, KeysThatComeWhileTheCameraAnswersAreOneChange) {
+    const auto pressKeys = [&] {
+        for (int i = 0; i < 10; ++i)
+            QCoreApplication::postEvent(
+                &slider, new QKeyEvent(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier));
+    };
+    fixture.controller().m_sliderBright.setIntValue(60);
+    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
+    fixture.camera().setWait([&](auto) {
+        if (slider.value() == 61)
+            QMetaObject::invokeMethod(&slider, pressKeys, Qt::QueuedConnection);
+    });
+    QTest::keyClick(&slider, Qt::Key_Right);
+    EXPECT_TRUE(WindowFixture::waitUntil([&] { return slider.value() == 71; }));
+    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
+}
+
+}  // namespace
