@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iomanip>
 
+#include "platform/linux/devices/KeptNode.h"
 #include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/devices/NodeFeed.h"
 
@@ -41,7 +42,8 @@ struct Listener : CaptureListener {
 
 TEST(CaptureList, FollowsEachNodeAndMakesUpForLostEvents) {
     auto* feed = new FakeFeed;
-    LinuxCapture capture{std::unique_ptr<NodeFeed>(feed)};
+    KeptNode node;
+    LinuxCapture capture(node, std::unique_ptr<NodeFeed>(feed));
     const auto namesAfter = [&](std::vector<NodeFeed::Event> events) {
         feed->events.insert(feed->events.end(), events.begin(), events.end());
         std::string names;
