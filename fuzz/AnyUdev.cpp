@@ -51,6 +51,7 @@ udev_device* anyDevice() {
 struct AnyUdev : FakeUdev {
     using Paths = std::vector<std::string>;
     bool fails(const char* /*function*/) override { return input.seldom(); }
+    int descriptor() override { return input.seldom() ? -1 : 0; }
     Paths devices() override { return Paths(input.byte() % 4, "/sys/any"); }
     void keepOf(Paths& /*paths*/, const char* /*subsystem*/) override {}
     void keepBelow(Paths& /*paths*/, udev_device& /*parent*/) override {}

@@ -26,6 +26,9 @@ struct FakeUdev {
     /// Whether the libudev function of this name fails, this time.
     virtual bool fails(const char* function) = 0;
 
+    /// The monitor's descriptor.
+    virtual int descriptor() = 0;
+
     /// The devices that a search starts with, and those it keeps: of a subsystem, below a device.
     virtual std::vector<std::string> devices() = 0;
     virtual void keepOf(std::vector<std::string>& paths, const char* subsystem) = 0;

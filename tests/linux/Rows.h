@@ -1,5 +1,8 @@
 #pragma once
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -9,6 +12,10 @@ struct Row {
     std::vector<std::string> given;
     std::vector<std::string> expected;  ///< each stands behind "->" in the file
 };
+
+inline std::string inLines(const std::vector<std::string>& lines) {
+    return fmt::format("{}", fmt::join(lines, "\n"));
+}
 
 /// Reads the rows of a file of this folder. Blank lines and those with "#" are for people.
 inline std::vector<Row> readRows(const std::string& name) {

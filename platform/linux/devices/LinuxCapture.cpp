@@ -35,10 +35,10 @@ class LinuxCapture::Device : public CaptureDevice {
     std::shared_ptr<ClosingPreviews> closing_;
 };
 
-LinuxCapture::LinuxCapture(KeptNode& kept) : LinuxCapture(kept, std::make_unique<UdevFeed>()) {}
-
-LinuxCapture::LinuxCapture(KeptNode& kept, std::unique_ptr<NodeFeed> feed)
-    : kept_(kept), feed_(std::move(feed)), closing_(std::make_shared<ClosingPreviews>()) {}
+LinuxCapture::LinuxCapture(KeptNode& kept)
+    : kept_(kept),
+      feed_(std::make_unique<UdevFeed>()),
+      closing_(std::make_shared<ClosingPreviews>()) {}
 
 LinuxCapture::~LinuxCapture() {
     // A camera that hangs is left to the kernel, which closes it with the process.
@@ -72,11 +72,11 @@ void LinuxCapture::takeEvents() {
     while (const auto event = feed_->next()) {
         // What is queued behind a loss is older than the new look, which comes when the queue is
         // empty: until then the kernel drops further events without a word.
-        lost = lost || event->change == NodeFeed::Change::overflow;
+        lost = lost || event->change == UdevFeed::Change::overflow;
         if (lost)
             continue;
         const auto known = find(event->facts.syspath);
-        if (event->change == NodeFeed::Change::left) {
+        if (event->change == UdevFeed::Change::left) {
             if (known)
                 remove(known);
         } else if (!known) {

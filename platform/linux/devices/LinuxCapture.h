@@ -12,7 +12,7 @@ namespace platform {
 
 class ClosingPreviews;
 class KeptNode;
-class NodeFeed;
+class UdevFeed;
 struct NodeFacts;
 
 /// The capture devices of the machine: cameras with a video4linux node, and microphones, which
@@ -20,11 +20,8 @@ struct NodeFacts;
 /// so. Main thread only.
 class LinuxCapture : public CaptureBackend {
   public:
-    /// Lists what udev tells of. `kept` is told when a camera leaves.
+    /// The node of `kept` is closed when its camera leaves.
     explicit LinuxCapture(KeptNode& kept);
-
-    /// Lists what `feed` tells of.
-    LinuxCapture(KeptNode& kept, std::unique_ptr<NodeFeed> feed);
     LinuxCapture(const LinuxCapture&) = delete;
     LinuxCapture& operator=(const LinuxCapture&) = delete;
     ~LinuxCapture() override;
@@ -46,7 +43,7 @@ class LinuxCapture : public CaptureBackend {
     std::shared_ptr<Device> find(const std::string& syspath) const;
 
     KeptNode& kept_;
-    std::unique_ptr<NodeFeed> feed_;
+    std::unique_ptr<UdevFeed> feed_;
     std::shared_ptr<ClosingPreviews> closing_;
     std::vector<std::shared_ptr<Device>> attached_;
     bool looked_ = false;

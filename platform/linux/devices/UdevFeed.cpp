@@ -124,7 +124,7 @@ int UdevFeed::descriptor() const {
     return monitor_ ? udev_monitor_get_fd(monitor_.get()) : -1;
 }
 
-std::optional<NodeFeed::Event> UdevFeed::next() {
+std::optional<UdevFeed::Event> UdevFeed::next() {
     while (monitor_) {
         errno = 0;
         const UdevDevicePtr device(udev_monitor_receive_device(monitor_.get()));
