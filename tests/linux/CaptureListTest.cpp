@@ -92,6 +92,7 @@ TEST(CaptureList, FollowsEachNodeAndMakesUpForLostEvents) {
 TEST(CaptureList, ADeviceThatCannotBeOpenedSaysWhy) {
     FakeMachine& machine = FakeMachine::get();
     machine.reset();
+    machine.change(bus + "1-2/card1/pcmC1D0c subsystem=sound");
     KeptNode node;
     LinuxCapture capture(node);
     const auto devices = capture.devices();

@@ -48,67 +48,26 @@ Object* destroy(Object* object) {
 
 extern "C" {
 
-// clang-format off: a line each
-udev* udev_new() {
-    return make<udev>(__func__);
-}
-udev* udev_unref(udev* object) {
-    return destroy(object);
-}
-
-const char* udev_device_get_syspath(udev_device* device) {
-    return device->text("syspath");
-}
-const char* udev_device_get_sysname(udev_device* device) {
-    return device->text("sysname");
-}
-const char* udev_device_get_sysnum(udev_device* device) {
-    return device->text("sysnum");
-}
-const char* udev_device_get_subsystem(udev_device* device) {
-    return device->text("subsystem");
-}
-const char* udev_device_get_devtype(udev_device* device) {
-    return device->text("devtype");
-}
-const char* udev_device_get_devnode(udev_device* device) {
-    return device->text("devnode");
-}
-const char* udev_device_get_action(udev_device* device) {
-    return device->text("action");
-}
-dev_t udev_device_get_devnum(udev_device* device) {
-    return device->number();
-}
-udev_device* udev_device_unref(udev_device* device) {
-    return destroy(device);
-}
-
-udev_enumerate* udev_enumerate_new(udev*) {
-    return make<udev_enumerate>(__func__);
-}
-udev_enumerate* udev_enumerate_unref(udev_enumerate* search) {
-    return destroy(search);
-}
-udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) {
-    return entry->next;
-}
-const char* udev_list_entry_get_name(udev_list_entry* entry) {
-    return entry->path.c_str();
-}
-
-udev_monitor* udev_monitor_unref(udev_monitor* monitor) {
-    return destroy(monitor);
-}
-int udev_monitor_enable_receiving(udev_monitor*) {
-    return statusOf(__func__);
-}
-int udev_monitor_get_fd(udev_monitor*) {
-    return fakeUdev().descriptor();
-}
-udev_device* udev_monitor_receive_device(udev_monitor*) {
-    return fakeUdev().event();
-}
+// clang-format off
+udev* udev_new() { return make<udev>(__func__); }
+udev* udev_unref(udev* object) { return destroy(object); }
+const char* udev_device_get_syspath(udev_device* device) { return device->text("syspath"); }
+const char* udev_device_get_sysname(udev_device* device) { return device->text("sysname"); }
+const char* udev_device_get_sysnum(udev_device* device) { return device->text("sysnum"); }
+const char* udev_device_get_subsystem(udev_device* device) { return device->text("subsystem"); }
+const char* udev_device_get_devtype(udev_device* device) { return device->text("devtype"); }
+const char* udev_device_get_devnode(udev_device* device) { return device->text("devnode"); }
+const char* udev_device_get_action(udev_device* device) { return device->text("action"); }
+dev_t udev_device_get_devnum(udev_device* device) { return device->number(); }
+udev_device* udev_device_unref(udev_device* device) { return destroy(device); }
+udev_enumerate* udev_enumerate_new(udev*) { return make<udev_enumerate>(__func__); }
+udev_enumerate* udev_enumerate_unref(udev_enumerate* search) { return destroy(search); }
+udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return entry->next; }
+const char* udev_list_entry_get_name(udev_list_entry* entry) { return entry->path.c_str(); }
+udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return destroy(monitor); }
+int udev_monitor_enable_receiving(udev_monitor*) { return statusOf(__func__); }
+int udev_monitor_get_fd(udev_monitor*) { return fakeUdev().descriptor(); }
+udev_device* udev_monitor_receive_device(udev_monitor*) { return fakeUdev().event(); }
 // clang-format on
 
 const char* udev_device_get_property_value(udev_device* device, const char* name) {

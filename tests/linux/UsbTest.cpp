@@ -89,7 +89,7 @@ TEST_F(UsbControl, KeepsOneNodeOpenUntilAnotherIsOpenedOrItsCameraLeaves) {
 
     LinuxCapture capture(node);
     capture.devices();
-    machine.change(camera + "/1-2:1.a/card1/pcmC1D0c event=remove");
+    machine.change(camera + "/1-2:1.0/video9 event=remove");
     capture.devices();
     EXPECT_EQ(openFiles(), 1U);
     machine.change(camera + "/1-2:1.0/video10 event=remove");
