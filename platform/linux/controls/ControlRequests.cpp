@@ -43,8 +43,8 @@ IOReturn queryExtension(Ioctl& node, const IOUSBDevRequest& request, Bytes data)
     return callUninterrupted(node, UVCIOC_CTRL_QUERY, &query);
 }
 
-/// The driver takes only the exact length: the control's own, or that of a length. The caller's
-/// room for a length may have any size, so that is asked for in room of its own.
+/// The driver refuses any size but the exact one. The answer to GET_LEN has two bytes, while the
+/// caller's buffer may have any size, so it goes into a buffer of its own first.
 IOReturn performExtensionRequest(Ioctl& node, IOUSBDevRequest& request) {
     std::array<std::uint8_t, lengthReplySize> length{};
     const bool isLength = request.bRequest == GET_LEN;
@@ -57,7 +57,7 @@ IOReturn performExtensionRequest(Ioctl& node, IOUSBDevRequest& request) {
     return status;
 }
 
-/// Reads or writes all controls of a row in one call, so that no half of them is ever alone.
+/// Reads or writes all controls of a row in one call, so that pan never changes without tilt.
 IOReturn exchangeCurrent(Ioctl& node, const ControlRow& row, unsigned long call,
                          std::array<v4l2_ext_control, 2>& controls) {
     for (std::size_t i = 0; i < row.fields(); ++i)
@@ -101,7 +101,7 @@ IOReturn describe(Ioctl& node, std::uint32_t id, Description& control) {
     return status == kIOReturnSuccess && disabled ? EINVAL : status;
 }
 
-/// Reads the least or the greatest value of a control, which a set of bits does not have.
+/// Reads the minimum or maximum of each field. A control whose values are bits has neither.
 IOReturn getLimit(Ioctl& node, const ControlRow& row, __s64 Description::*limit, Bytes answer) {
     IOReturn status = row.values.empty() ? kIOReturnSuccess : EBADRQC;
     for (std::size_t i = 0; i < row.fields() && status == kIOReturnSuccess; ++i) {

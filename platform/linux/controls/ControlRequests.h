@@ -11,7 +11,7 @@ namespace platform {
 ///
 /// The camera terminal and the processing unit are reached by the driver's V4L2 controls, whatever
 /// ids the device gives them; every other unit by its own id. Standard controls can be set, and
-/// asked for their current, least and greatest value. A reply is cut to `wLength`. EINVAL: no such
+/// asked for their current value and their limits. A reply is cut to `wLength`. EINVAL: no such
 /// standard control or value; ENOENT: no such unit or selector of an extension unit; ENOBUFS: not
 /// the control's length; ERANGE: a value that a field has no room for; EBADRQC: another request.
 IOReturn performControlRequest(Ioctl& node, IOUSBDevRequest& request);

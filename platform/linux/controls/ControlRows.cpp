@@ -86,7 +86,7 @@ IOReturn v4l2ToField(const ControlRow& row, std::int64_t value, std::span<std::u
             return EINVAL;
         uvc = pair->uvc;
     } else if (row.width == sizeof(std::int32_t) && !row.isSigned && value < 0) {
-        // The driver hands the upper half of an unsigned field on in a signed word.
+        // V4L2 values have 32 bits with a sign: the driver turns 2^31 and more into negative ones.
         uvc = static_cast<std::uint32_t>(value);
     }
     putLittleEndian(static_cast<std::uint64_t>(uvc), bytes.first(row.width));

@@ -21,9 +21,9 @@ struct ValuePair {
 struct ControlRow {
     std::uint8_t selector = 0;
     std::uint8_t width = 0;               ///< bytes of one field: 1, 2 or 4
-    bool isSigned = false;                ///< how a field counts
+    bool isSigned = false;                ///< whether a field has a sign
     std::array<std::uint32_t, 2> ids{};   ///< V4L2 control ids; the second may be 0, for none
-    std::span<const ValuePair> values{};  ///< what corresponds; empty: the values are equal
+    std::span<const ValuePair> values{};  ///< empty: both sides use the same numbers
 
     std::size_t fields() const { return ids[1] == 0 ? 1 : 2; }
     std::size_t size() const { return fields() * width; }
@@ -38,7 +38,7 @@ IOReturn fieldToV4l2(const ControlRow& row, std::span<const std::uint8_t> bytes,
                      std::int32_t& value);
 
 /// Turns a V4L2 value into the field at `bytes`: 0, ERANGE when the field can't hold it, or EINVAL
-/// when it stands for nothing. What is at `bytes` counts only after 0.
+/// when it stands for nothing. Whatever it returns, it may have changed `bytes`.
 IOReturn v4l2ToField(const ControlRow& row, std::int64_t value, std::span<std::uint8_t> bytes);
 
 }  // namespace platform

@@ -25,7 +25,8 @@ class LinuxCapture::Device : public CaptureDevice {
     bool hasVideo() const override { return facts_.hasVideo; }
 
     std::unique_ptr<VideoSource> open(std::string& error) override {
-        // What has to be asked of the camera is found out on the preview's thread.
+        // Only the file is looked at. The camera may take long, and is asked on the preview's
+        // thread.
         error = facts_.hasVideo ? whyNotOpenable(facts_.devnode) : "This device delivers no video.";
         return error.empty() ? openPreview(facts_.devnode, closing_) : nullptr;
     }
@@ -50,7 +51,7 @@ bool LinuxCapture::waitForPreviews(std::chrono::milliseconds patience) {
 }
 
 std::vector<std::shared_ptr<CaptureDevice>> LinuxCapture::devices() {
-    // With a listener the list changes only together with an announcement.
+    // With a listener events are taken when they come, so that each change is announced.
     if (!looked_)
         lookAgain();
     else if (listener_ == nullptr)
@@ -70,8 +71,8 @@ void LinuxCapture::setListener(CaptureListener* listener) {
 void LinuxCapture::takeEvents() {
     bool lost = false;
     while (const auto event = feed_->next()) {
-        // What is queued behind a loss is older than the new look, which comes when the queue is
-        // empty: until then the kernel drops further events without a word.
+        // Events behind a loss are older than the list that is read in their place. It is read when
+        // the queue is empty: the kernel goes on dropping events while the queue is full.
         lost = lost || event->change == UdevFeed::Change::overflow;
         if (lost)
             continue;

@@ -12,12 +12,13 @@
 namespace platform {
 namespace {
 
-/// One stay of a device at its port: the kernel numbers each anew.
+/// A device from the moment it is plugged in until it is unplugged. The kernel gives it a new
+/// number each time.
 struct Attachment {
     std::string syspath;
     std::string number;
 
-    /// Returns the device, or null when this stay has ended.
+    /// Returns the device, or null when it has been unplugged since.
     UdevDevicePtr device(udev* context) const {
         auto found = udevDevice(context, syspath);
         const bool same = found && udevAttribute(found.get(), "devnum") == number;
@@ -83,7 +84,7 @@ class LinuxUsbInterface : public UsbInterface {
                 node_ = kept_.keep(std::move(node), path);
                 return kIOReturnSuccess;
             }
-            // Why a node can't be opened tells more than that no other one will do.
+            // This says more than ENODEV about why there is no node.
             if (status != kIOReturnSuccess)
                 failure = status;
         }

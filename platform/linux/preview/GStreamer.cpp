@@ -6,7 +6,7 @@ namespace platform {
 
 std::string loadGStreamer() {
     static const std::string failure = [] {
-        // The program's signal handlers are its own.
+        // Without GStreamer's handler for crashes while it loads its plug-ins.
         gst_segtrap_set_enabled(FALSE);
         GError* error = nullptr;
         if (gst_init_check(nullptr, nullptr, &error))

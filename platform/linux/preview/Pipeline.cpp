@@ -18,7 +18,7 @@ bool isDamaged(const GstBuffer* buffer) {
     return GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
 }
 
-/// Leaves a picture out that arrived damaged: not every decoder hands the mark on.
+/// Drops a picture that the source marks as damaged: not every decoder passes the mark on.
 GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer link) {
     if (!isDamaged(GST_PAD_PROBE_INFO_BUFFER(info)))
         return GST_PAD_PROBE_OK;
@@ -26,7 +26,7 @@ GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer l
     return GST_PAD_PROBE_DROP;
 }
 
-/// Hands the picture that waits in the sink on, unless a decoder made it of damaged data.
+/// Delivers the picture that waits in the sink, unless a decoder marks it as damaged.
 GstFlowReturn takeSample(GstAppSink* from, gpointer target) {
     auto& link = *static_cast<PreviewLink*>(target);
     GstSamplePtr sample(gst_app_sink_pull_sample(from));
@@ -43,7 +43,7 @@ GstFlowReturn takeSample(GstAppSink* from, gpointer target) {
     return GST_FLOW_OK;
 }
 
-/// Takes each message of the pipeline where it arises, so that none pile up.
+/// Takes each message on the thread that sends it: nobody reads the bus, where they would pile up.
 GstBusSyncReply takeMessage(GstBus* /*bus*/, GstMessage* message, gpointer link) {
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         GError* error = nullptr;
@@ -111,7 +111,7 @@ void Pipeline::start(GstElement* source, const VideoLimits& limits) {
         enter(GST_STATE_PLAYING);
 }
 
-/// Takes over the new element; `name` is for the person who lacks it.
+/// Adds the element, which the pipeline then owns; `name` is for the text of a failure.
 GstElement* Pipeline::add(GstElement* element, const char* name) {
     if (element == nullptr) {
         link_.fail(fmt::format("GStreamer lacks {}.", name));
@@ -142,14 +142,14 @@ bool Pipeline::appendFilter(GstCaps* caps) {
     return filter != nullptr;
 }
 
-/// What can be read as it comes needs nothing in between.
+/// Appends a decoder and a converter, unless the pictures can be read as they come.
 bool Pipeline::appendDecoding(const PreviewMode& mode, const VideoLimits& limits) {
     const GstCapsPtr readable = readablePictures(limits);
     return gst_caps_can_intersect(mode.caps.get(), readable.get()) ||
            (appendDecoder(*mode.kind) && appendConverter());
 }
 
-/// A decoder goes on after any number of broken pictures, and holds none back.
+/// The decoder goes on after any number of broken pictures, and delays none, as threads would.
 bool Pipeline::appendDecoder(const StreamKind& kind) {
     if (kind.decoders.front() == nullptr)
         return true;
@@ -164,9 +164,8 @@ bool Pipeline::appendDecoder(const StreamKind& kind) {
     return append(decoder, fmt::format("a decoder for {}", kind.mediaType).c_str()) != nullptr;
 }
 
-/// The colours between two samples of a camera's picture aren't interpolated, nor is anything
-/// dithered: nobody sees it at this size, and it is half of the work where a picture has to be
-/// converted.
+/// Without interpolating colours and without dithering, which can't be seen at this size and would
+/// double the work.
 bool Pipeline::appendConverter() {
     GstElement* converter = append("videoconvertscale");
     if (converter != nullptr)
@@ -180,7 +179,7 @@ bool Pipeline::appendSink(const VideoLimits& limits) {
     GstElement* sink = append("appsink");
     if (sink == nullptr)
         return false;
-    // The latest picture counts, as soon as it is there.
+    // Only the latest picture is kept, and it is delivered as soon as it is there.
     g_object_set(sink, "caps", readable.get(), "max-buffers", 1U, "drop", TRUE, "sync", FALSE,
                  "enable-last-sample", FALSE, nullptr);
     GstAppSinkCallbacks callbacks{};
@@ -191,7 +190,7 @@ bool Pipeline::appendSink(const VideoLimits& limits) {
 
 bool Pipeline::enter(GstState state) {
     const bool entered = gst_element_set_state(pipeline_.get(), state) != GST_STATE_CHANGE_FAILURE;
-    // Most elements have told the reason by now, and the first one told stays.
+    // Most elements have told a better reason by now, and the link keeps the first.
     if (!entered)
         link_.fail("The preview can't be started.");
     return entered;

@@ -11,7 +11,7 @@
 namespace platform {
 namespace {
 
-/// One run of a preview, shared with its thread: what waits for the camera is done there alone.
+/// One run of a preview, shared with its thread, which does all that may wait for the camera.
 class Run {
   public:
     Run(PreviewOrigin origin, const VideoLimits& limits, VideoSink& sink,
