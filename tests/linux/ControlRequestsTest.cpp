@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/linux/SystemLog.h"
 #include "platform/linux/devices/VideoNode.h"
 #include "tests/linux/FakeNode.h"
 #include "tests/support/Footprint.h"
@@ -63,7 +64,7 @@ TEST(ControlRequests, GoThroughTheDriverAsTheScriptSays) {
     EXPECT_EQ(node.error, EACCES);  // which the script ends with
 }
 
-TEST(VideoNodes, HoldTheDeviceThatIsMeantAndSayWhatTheyAre) {
+TEST(VideoNodes, OpenOnlyTheDeviceWithTheirNumberAndSayWhetherItDeliversVideo) {
     struct stat null {};
     ASSERT_EQ(::stat("/dev/null", &null), 0);
     const auto before = Footprint::now().files;
@@ -91,6 +92,12 @@ TEST(VideoNodes, HoldTheDeviceThatIsMeantAndSayWhatTheyAre) {
     fake.error = EBUSY;
     EXPECT_FALSE(capturesVideo(fake, card));
     EXPECT_EQ(checkUnused(fake), EBUSY);
+}
+
+TEST(SystemLog, SendsEachLineAsItIs) {
+    testing::internal::CaptureStderr();
+    SystemLog().line(std::string_view("100 %s of it, and no more").substr(0, 12));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quelvo: 100 %s of it\n");
 }
 
 }  // namespace
