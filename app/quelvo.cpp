@@ -3,13 +3,15 @@
 #include "app/RunQuelvo.h"
 #include "platform/backend/Backends.h"
 #include "platform/linux/SystemLog.h"
+#include "platform/linux/devices/KeptNode.h"
 #include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/devices/LinuxUsb.h"
 
 int main(int argc, char** argv) {
     platform::SystemLog log;
-    platform::LinuxUsb usb;
-    platform::LinuxCapture capture;
+    platform::KeptNode node;
+    platform::LinuxUsb usb(node);
+    platform::LinuxCapture capture(node);
     platform::installBackends({&usb, &capture, &log});
     return runQuelvo(argc, argv);
 }

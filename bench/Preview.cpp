@@ -15,7 +15,8 @@
 #include <cstdlib>
 
 #include "platform/backend/Backends.h"
-#include "platform/linux/preview/PreviewPipeline.h"
+#include "platform/linux/preview/ClosingPreviews.h"
+#include "platform/linux/preview/Preview.h"
 #include "tests/support/WindowFixture.h"
 
 namespace {
@@ -55,7 +56,8 @@ class PlayedDevice : public platform::CaptureDevice {
             }
             return bin;
         };
-        return platform::makePreview({makeElement, [] { return std::string(); }});
+        return platform::makePreview({makeElement, [] { return std::string(); }},
+                                     std::make_shared<platform::ClosingPreviews>());
     }
 
   private:

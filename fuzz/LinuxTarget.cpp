@@ -1,6 +1,5 @@
 // The Linux back end on a kernel and a udev that say anything.
 
-#include <linux/usb/video.h>
 #include <linux/uvcvideo.h>
 #include <linux/videodev2.h>
 
@@ -9,7 +8,9 @@
 
 #include "fuzz/Input.h"
 #include "platform/MainLoop.h"
+#include "platform/UVC.h"
 #include "platform/linux/controls/ControlRequests.h"
+#include "platform/linux/devices/KeptNode.h"
 #include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/devices/LinuxUsb.h"
 #include "platform/linux/devices/VideoNode.h"
@@ -39,13 +40,13 @@ struct FuzzNode : platform::Ioctl {
 };
 
 void sendAnyRequest() {
-    static constexpr std::uint8_t codes[] = {UVC_SET_CUR, UVC_GET_CUR, UVC_GET_MIN,  UVC_GET_MAX,
-                                             UVC_GET_RES, UVC_GET_LEN, UVC_GET_INFO, UVC_GET_DEF};
+    static constexpr RequestCode codes[] = {SET_CUR, GET_CUR, GET_MIN,  GET_MAX,
+                                            GET_RES, GET_LEN, GET_INFO, GET_DEF};
     std::vector<std::uint8_t> data(input.byte() % 12);
     input.fill(data);
     IOUSBDevRequest request;
     request.bRequest = input.oneOf(codes);
-    request.bmRequestType = request.bRequest == UVC_SET_CUR ? 0x21 : 0xA1;
+    request.bmRequestType = request.bRequest == SET_CUR ? requestToInterface : requestFromInterface;
     request.wValue = static_cast<std::uint16_t>(input.byte() % 20 << 8U);
     request.wIndex = static_cast<std::uint16_t>(input.byte() % 5 << 8U);
     request.wLength = static_cast<std::uint16_t>(data.size());
@@ -74,7 +75,8 @@ struct Listener : platform::CaptureListener {
         const auto devices = capture.devices();
         return {devices.begin(), devices.end()};
     }
-    platform::LinuxCapture capture;
+    platform::KeptNode node;
+    platform::LinuxCapture capture{node};
     Devices known = listed();
 };
 
@@ -93,7 +95,8 @@ void followDevices() {
 
 void lookAtUsb() {
     std::vector<std::shared_ptr<platform::UsbInterface>> interfaces;
-    for (const auto& device : platform::LinuxUsb().devices())
+    platform::KeptNode node;
+    for (const auto& device : platform::LinuxUsb(node).devices())
         device->interfaces(interfaces);
     for (const auto& interface : interfaces)
         interface->open();

@@ -34,6 +34,7 @@ KernelWindow::~KernelWindow() {
     // A camera that a test left in its port is on its way out; the next test wants the port free.
     waitForCameras(0);
     stop();
+    EXPECT_TRUE(waitForPreviews()) << "the next test wants the node's number as well";
     platform::installBackends({});
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 
+#include "platform/linux/devices/KeptNode.h"
 #include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/devices/LinuxUsb.h"
 #include "tests/kernel/UsbipCamera.h"
@@ -28,6 +30,8 @@ class KernelWindow : public LiveWindow {
     PluggedCamera plug(virtualcam::CameraModel model, unsigned port);
     /// Waits until the window lists so many.
     bool waitForCameras(int count);
+    /// Waits until every preview that was stopped has let go of its camera.
+    bool waitForPreviews() { return capture_.waitForPreviews(std::chrono::seconds(40)); }
     void clickOpen() { click("OnBtnOpenCamera:"); }
 
     /// Performs an exchange on this window and the camera that it shows.
@@ -36,6 +40,7 @@ class KernelWindow : public LiveWindow {
     TestLog log;
 
   private:
-    platform::LinuxUsb usb_;
-    platform::LinuxCapture capture_;
+    platform::KeptNode node_;
+    platform::LinuxUsb usb_{node_};
+    platform::LinuxCapture capture_{node_};
 };

@@ -14,7 +14,6 @@
 
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
-#include "platform/linux/preview/ClosingPreviews.h"
 #include "tests/kernel/KernelWindow.h"
 #include "tests/support/Footprint.h"
 #include "tests/support/Pixels.h"
@@ -154,7 +153,6 @@ TEST_F(Window, ADriverThatLetsGoOfACameraAndTakesItBackIsLikeACableThatDoes) {
 
 // The next one in the port is another camera, of which the open channel knows nothing.
 TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
-    EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
     auto plugged = plug(studioCamera(), 0);
     clickOpen();
     awaitPicture();
@@ -167,7 +165,7 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     EXPECT_TRUE(waitForCameras(0));
     EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) > 0; }));
     g_captureSession->stopRunning();
-    EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
+    EXPECT_TRUE(waitForPreviews());
     const auto next = plug(studioCamera(), 0);
     EXPECT_EQ(videoNodes(), nodes) << "nothing keeps the number of the one that left";
     const int failed = log.count(kRequestFailed);
@@ -222,7 +220,7 @@ TEST_F(Window, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
         // What a preview still holds when it is stopped goes with its thread, the last picture with
         // the session.
         g_captureSession.reset();
-        EXPECT_TRUE(platform::ClosingPreviews::all().waitForAll(std::chrono::seconds(40)));
+        EXPECT_TRUE(waitForPreviews());
         log.take();
         if (i == 10)
             before = Footprint::now();

@@ -1,78 +1,19 @@
 #include "platform/linux/controls/ControlRequests.h"
 
 #include <gmock/gmock.h>
-#include <linux/usb/video.h>
-#include <linux/uvcvideo.h>
-#include <linux/videodev2.h>
 #include <sys/stat.h>
 
 #include <QByteArray>
 #include <fstream>
-#include <map>
-#include <span>
 #include <sstream>
 
+#include "platform/linux/SystemLog.h"
 #include "platform/linux/devices/VideoNode.h"
+#include "tests/linux/FakeNode.h"
 #include "tests/support/Footprint.h"
 
 namespace platform {
 namespace {
-
-/// A node that keeps controls as the kernel's driver does, with its checks of an argument's form.
-/// A signal breaks each call off once.
-class FakeNode : public Ioctl {
-  public:
-    std::map<std::uint32_t, v4l2_query_ext_ctrl> descriptions;
-    std::map<std::uint32_t, std::int32_t> values;
-    std::vector<std::uint8_t> vendorValue{'v', '1'};  // of every selector of unit 16
-    v4l2_capability capability{};
-    int error = 0;
-
-    int call(unsigned long request, void* argument) override {
-        interrupted_ = !interrupted_;
-        if (interrupted_ || error != 0)
-            return interrupted_ ? EINTR : error;
-        if (request == UVCIOC_CTRL_QUERY)
-            return query(*static_cast<uvc_xu_control_query*>(argument));
-        if (request == VIDIOC_QUERYMENU) {
-            const auto mode = static_cast<v4l2_querymenu*>(argument)->index;
-            return mode % 2 == V4L2_EXPOSURE_MANUAL ? 0 : EINVAL;  // or the aperture by hand
-        }
-        if (request == VIDIOC_QUERY_EXT_CTRL) {
-            auto& control = *static_cast<v4l2_query_ext_ctrl*>(argument);
-            control = descriptions.at(control.id);
-        } else if (request == VIDIOC_QUERYCAP) {
-            *static_cast<v4l2_capability*>(argument) = capability;
-        } else if (request == VIDIOC_REQBUFS) {
-            const auto& buffers = *static_cast<v4l2_requestbuffers*>(argument);
-            EXPECT_EQ(buffers.count + buffers.type, V4L2_BUF_TYPE_VIDEO_CAPTURE);
-        } else {
-            const auto& all = *static_cast<v4l2_ext_controls*>(argument);
-            EXPECT_EQ(all.which, static_cast<std::uint32_t>(V4L2_CTRL_WHICH_CUR_VAL));
-            EXPECT_EQ(all.count, all.controls->id == V4L2_CID_PAN_ABSOLUTE ? 2U : 1U);
-            for (auto& control : std::span(all.controls, all.count))
-                (request == VIDIOC_S_EXT_CTRLS ? values.at(control.id) : control.value) =
-                    request == VIDIOC_S_EXT_CTRLS ? control.value : values.at(control.id);
-        }
-        return 0;
-    }
-
-  private:
-    int query(uvc_xu_control_query& query) {
-        const auto answer = query.query == UVC_GET_LEN    ? std::vector<std::uint8_t>{2, 0}
-                            : query.query == UVC_GET_INFO ? std::vector<std::uint8_t>{3}
-                                                          : vendorValue;
-        if (query.unit != 16 || query.size != answer.size())
-            return query.unit != 16 ? ENOENT : ENOBUFS;
-        if (query.query == UVC_SET_CUR)
-            vendorValue.assign(query.data, query.data + query.size);
-        else
-            std::ranges::copy(answer, query.data);
-        return 0;
-    }
-
-    bool interrupted_ = false;
-};
 
 /// Sends a request that is written as in requests.txt, and returns its answer. The sanitizer sees
 /// what is written beside the bytes.
@@ -109,8 +50,7 @@ TEST(ControlRequests, GoThroughTheDriverAsTheScriptSays) {
         words >> word >> std::hex >> id >> std::dec >> value;
         if (word == "control") {
             auto& control = node.descriptions[id];
-            words >> control.minimum >> control.maximum >> control.step >> control.default_value >>
-                std::hex >> control.flags;
+            words >> control.minimum >> control.maximum >> std::hex >> control.flags;
             node.values[id] = value;
         } else if (word == "is") {
             EXPECT_EQ(node.values[id], value);
@@ -124,7 +64,7 @@ TEST(ControlRequests, GoThroughTheDriverAsTheScriptSays) {
     EXPECT_EQ(node.error, EACCES);  // which the script ends with
 }
 
-TEST(VideoNodes, HoldTheDeviceThatIsMeantAndSayWhatTheyAre) {
+TEST(VideoNodes, OpenOnlyTheDeviceWithTheirNumberAndSayWhetherItDeliversVideo) {
     struct stat null {};
     ASSERT_EQ(::stat("/dev/null", &null), 0);
     const auto before = Footprint::now().files;
@@ -152,6 +92,12 @@ TEST(VideoNodes, HoldTheDeviceThatIsMeantAndSayWhatTheyAre) {
     fake.error = EBUSY;
     EXPECT_FALSE(capturesVideo(fake, card));
     EXPECT_EQ(checkUnused(fake), EBUSY);
+}
+
+TEST(SystemLog, SendsEachLineAsItIs) {
+    testing::internal::CaptureStderr();
+    SystemLog().line(std::string_view("100 %s of it, and no more").substr(0, 12));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quelvo: 100 %s of it\n");
 }
 
 }  // namespace

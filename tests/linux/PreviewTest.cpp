@@ -1,15 +1,18 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <chrono>
 #include <fstream>
-#include <iomanip>
+#include <regex>
 #include <semaphore>
+#include <sstream>
 #include <vector>
 
 #include "platform/linux/preview/ClosingPreviews.h"
+#include "platform/linux/preview/Preview.h"
 #include "platform/linux/preview/PreviewMode.h"
-#include "platform/linux/preview/PreviewPipeline.h"
+#include "tests/linux/Rows.h"
 #include "tests/support/Pixels.h"
 
 // GLib leaves the first table of its interned strings behind when it makes a larger one. What
@@ -27,20 +30,36 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// Each line of modes.txt is what a camera offers and, behind the bar, what is chosen of it.
-TEST(PreviewModes, FillTheLimitsSmoothlyWithTheLeastWork) {
-    ASSERT_EQ(loadGStreamer(), "");
-    std::ifstream rows(QUELVO_LINUX_TESTS "/modes.txt");
-    std::string offered, expected;
-    while (std::getline(rows, offered, '|') && std::getline(rows, expected)) {
-        const GstCapsPtr caps(gst_caps_from_string(offered.c_str()));
-        const GstCapsPtr right(gst_caps_from_string(expected.c_str()));
-        const PreviewMode mode = choosePreviewMode(caps.get(), {640, 480});
-        EXPECT_TRUE(expected.starts_with(mode.kind ? mode.kind->mediaType : "EMPTY")) << offered;
-        EXPECT_TRUE(!mode.caps || gst_caps_is_equal(mode.caps.get(), right.get())) << offered;
-    }
-    EXPECT_EQ(expected, "EMPTY");
+/// Makes GStreamer's words of those of modes.txt.
+GstCapsPtr capsOf(std::string modes) {
+    for (const auto& [word, type] :
+         {std::pair("yuy2", "video/x-raw,format=YUY2"), std::pair("jpeg", "image/jpeg"),
+          std::pair("h264", "video/x-h264")})
+        modes = std::regex_replace(modes, std::regex(fmt::format(R"({} (\d+)x(\d+) (\d+))", word)),
+                                   fmt::format("{},width=$1,height=$2,framerate=$3/1", type));
+    return GstCapsPtr(gst_caps_from_string(modes.c_str()));
 }
+
+TEST(PreviewModes, AreAsLargeAsTheLimitsThenSmoothThenEasyToDecode) {
+    ASSERT_EQ(loadGStreamer(), "");
+    g_log_set_always_fatal(G_LOG_LEVEL_CRITICAL);  // what GLib calls wrong is wrong
+    std::ifstream rows(QUELVO_LINUX_TESTS "/modes.txt");
+    for (std::string row; std::getline(rows, row);) {
+        const std::size_t arrow = row.find(" -> ");
+        if (arrow == std::string::npos)
+            continue;
+        const GstCapsPtr offered = capsOf(row.substr(0, arrow));
+        const GstCapsPtr right = capsOf(row.substr(arrow + 4));
+        const PreviewMode mode = choosePreviewMode(offered.get(), {640, 480});
+        EXPECT_EQ(mode.kind == nullptr, gst_caps_is_empty(right.get())) << row;
+        EXPECT_TRUE(!mode.caps || gst_caps_is_equal(mode.caps.get(), right.get())) << row;
+        EXPECT_TRUE(!mode.caps || gst_structure_has_name(gst_caps_get_structure(right.get(), 0),
+                                                         mode.kind->mediaType))
+            << row;
+    }
+}
+
+const auto closing = std::make_shared<ClosingPreviews>();
 
 /// Keeps what a preview delivers, to be read when it has stopped, and lets the test wait for it.
 struct Recorder : VideoSink {
@@ -48,7 +67,7 @@ struct Recorder : VideoSink {
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
     ~Recorder() override {  // what is still being closed ends before the process does
-        EXPECT_TRUE(ClosingPreviews::all().waitForAll(std::chrono::minutes(1)));
+        EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1)));
     }
     void frame(VideoFrame frame) override {
         frames.push_back(std::move(frame));
@@ -94,12 +113,16 @@ GstPadProbeReturn damage(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /*unus
 
 const std::string endless = "videotestsrc ! capsfilter caps=video/x-raw,width=160,height=120";
 
+bool isDamaged(const std::string& description) {
+    return description.find("name=damaged") != std::string::npos;
+}
+
 /// The elements that `description` names, with one pad.
 GstElement* elements(const std::string& description) {
     GstElement* bin = gst_parse_bin_from_description_full(description.c_str(), TRUE, nullptr,
                                                           GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
     const GstPadPtr pad(gst_element_get_static_pad(bin, "src"));
-    if (description.ends_with("damaged"))
+    if (isDamaged(description))
         gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, damage, nullptr, nullptr);
     return bin;
 }
@@ -108,19 +131,36 @@ GstElement* elements(const std::string& description) {
 std::unique_ptr<VideoSource> preview(const std::string& description,
                                      const std::string& notUsable = "") {
     return makePreview({[=] { return description.empty() ? nullptr : elements(description); },
-                        [=] { return notUsable; }});
+                        [=] { return notUsable; }},
+                       closing);
 }
 
-/// Each line of previews.txt is a stream, why it is not usable, why it ends, and the pictures' size
-/// and number. All are of one colour.
+/// Takes the elements out of a row of previews.txt, and why the camera is not usable.
+std::pair<std::string, std::string> readStream(const Row& row) {
+    constexpr std::string_view colour = "colour";
+    constexpr std::string_view unusable = "unusable: ";
+    std::string stream, reason;
+    for (const std::string& line : row.given)
+        if (line.starts_with(unusable))
+            reason = line.substr(unusable.size());
+        else
+            stream += line + ' ';
+    if (stream.starts_with(colour))
+        stream.replace(0, colour.size(),
+                       "videotestsrc pattern=solid-color foreground-color=0xFF2060C0");
+    return {stream, reason};
+}
+
 TEST(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
-    std::ifstream rows(QUELVO_LINUX_TESTS "/previews.txt");
-    std::string stream, notUsable, reason;
-    VideoFrame expected;
-    std::size_t pictures = 1;
-    while (rows >> std::quoted(stream) >> std::quoted(notUsable) >> std::quoted(reason) >>
-           expected.width >> expected.height >> pictures) {
+    for (const Row& row : readRows("previews.txt")) {
+        const auto [stream, notUsable] = readStream(row);
         SCOPED_TRACE(stream);
+        std::istringstream outcome(row.expected.at(0));
+        std::size_t pictures = 0;
+        VideoFrame expected;
+        std::string reason;
+        outcome >> pictures >> expected.width >> expected.height >> std::ws;
+        std::getline(outcome, reason);
         Recorder recorder;
         auto source = preview(stream, notUsable);
         source->start({640, 480}, recorder);
@@ -128,7 +168,7 @@ TEST(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
         source.reset();
         EXPECT_THAT(recorder.reasons, ElementsAre(HasSubstr(reason)));
         EXPECT_EQ(recorder.frames.size(), pictures);
-        EXPECT_EQ(recorder.remarks.size(), stream.ends_with("damaged") ? 1U : 0U);
+        EXPECT_EQ(recorder.remarks.size(), isDamaged(stream) ? 1U : 0U);
         for (const VideoFrame& frame : recorder.frames) {
             EXPECT_EQ(frame.width, expected.width);
             EXPECT_EQ(frame.height, expected.height);
@@ -139,7 +179,6 @@ TEST(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
                 EXPECT_NEAR(static_cast<int>(pixel >> shift & 0xFFU), part, 4);
         }
     }
-    EXPECT_EQ(pictures, 0U);
 }
 
 TEST(Preview, StopsAtOnceAndForGood) {
@@ -152,7 +191,7 @@ TEST(Preview, StopsAtOnceAndForGood) {
         source->stop();
         const std::size_t pictures = recorder.frames.size();
         source->stop();
-        EXPECT_TRUE(ClosingPreviews::all().waitForAll(std::chrono::minutes(1)));
+        EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1)));
         EXPECT_EQ(recorder.frames.size(), pictures);
         EXPECT_THAT(recorder.reasons, ElementsAre());
     }
@@ -170,15 +209,15 @@ TEST(Preview, NobodyWaitsForACameraThatHangs) {
     };
     const PreviewOrigin origin{makeElement, [] { return std::string(); }, "a camera"};
     Recorder first, next, other;
-    auto source = makePreview(origin);
+    auto source = makePreview(origin, closing);
     source->start({640, 480}, first);
     hanging.acquire();
     // Those that follow take their turn behind it, but for those that are given up as well.
     for (int i = 0; i < 20; ++i) {
-        source = makePreview(origin);
+        source = makePreview(origin, closing);
         source->start({640, 480}, next);
     }
-    EXPECT_FALSE(ClosingPreviews::all().waitForAll(std::chrono::milliseconds(1)));
+    EXPECT_FALSE(closing->waitForAll(std::chrono::milliseconds(1)));
     const auto elsewhere = preview(endless);
     elsewhere->start({640, 480}, other);
     other.shown.acquire();

@@ -1,28 +1,23 @@
 #include "platform/linux/controls/ControlRequests.h"
 
-#include <linux/usb/video.h>
 #include <linux/uvcvideo.h>
 #include <linux/videodev2.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
-#include <iterator>
 #include <span>
 
+#include "platform/UVC.h"
 #include "platform/linux/controls/ControlRows.h"
 
 namespace platform {
 namespace {
 
-constexpr std::uint8_t toDevice = 0x21;    // class request to an interface (USB 2.0, 9.3.1)
-constexpr std::uint8_t fromDevice = 0xA1;  // class request from an interface
-constexpr std::size_t largestRow = 8;      // bytes of the longest standard control
+constexpr std::size_t largestRow = 8;  // bytes of the longest standard control: pan and tilt
 
 using Bytes = std::span<std::uint8_t>;
 using Description = v4l2_query_ext_ctrl;
-using RowBytes = std::array<std::uint8_t, largestRow>;
 
 Bytes dataOf(const IOUSBDevRequest& request) {
     return {static_cast<std::uint8_t*>(request.pData), request.wLength};
@@ -48,25 +43,21 @@ IOReturn queryExtension(Ioctl& node, const IOUSBDevRequest& request, Bytes data)
     return callUninterrupted(node, UVCIOC_CTRL_QUERY, &query);
 }
 
-/// The driver takes only the exact length: 2 bytes of a length, 1 of the capabilities, otherwise
-/// the control's own. The caller's room may have any size, so the first two get room of their own.
+/// The driver refuses any size but the exact one. The answer to GET_LEN has two bytes, while the
+/// caller's buffer may have any size, so it goes into a buffer of its own first.
 IOReturn performExtensionRequest(Ioctl& node, IOUSBDevRequest& request) {
-    RowBytes own{};
-    const bool isLength = request.bRequest == UVC_GET_LEN;
-    if (isLength || request.bRequest == UVC_GET_INFO) {
-        const Bytes answer = Bytes(own).first(isLength ? 2 : 1);
-        const IOReturn status = queryExtension(node, request, answer);
-        if (status == kIOReturnSuccess)
-            reply(request, answer);
-        return status;
-    }
-    const IOReturn status = queryExtension(node, request, dataOf(request));
-    if (status == kIOReturnSuccess)
+    std::array<std::uint8_t, lengthReplySize> length{};
+    const bool isLength = request.bRequest == GET_LEN;
+    const Bytes data = isLength ? Bytes(length) : dataOf(request);
+    const IOReturn status = queryExtension(node, request, data);
+    if (status == kIOReturnSuccess && isLength)
+        reply(request, length);
+    else if (status == kIOReturnSuccess)
         request.wLenDone = request.wLength;
     return status;
 }
 
-/// Reads or writes all controls of a row in one call, so that no half of them is ever alone.
+/// Reads or writes all controls of a row in one call, so that pan never changes without tilt.
 IOReturn exchangeCurrent(Ioctl& node, const ControlRow& row, unsigned long call,
                          std::array<v4l2_ext_control, 2>& controls) {
     for (std::size_t i = 0; i < row.fields(); ++i)
@@ -104,105 +95,45 @@ IOReturn getCurrent(Ioctl& node, const ControlRow& row, Bytes answer) {
 }
 
 IOReturn describe(Ioctl& node, std::uint32_t id, Description& control) {
-    control = {};
     control.id = id;
     const IOReturn status = callUninterrupted(node, VIDIOC_QUERY_EXT_CTRL, &control);
     const bool disabled = (control.flags & V4L2_CTRL_FLAG_DISABLED) != 0;
     return status == kIOReturnSuccess && disabled ? EINVAL : status;
 }
 
-/// A read that a control's description answers.
-struct Property {
-    std::uint8_t request = 0;
-    std::int64_t (*of)(const Description& control) = nullptr;
-};
-
-constexpr Property properties[] = {
-    {UVC_GET_MIN, [](const Description& of) -> std::int64_t { return of.minimum; }},
-    {UVC_GET_MAX, [](const Description& of) -> std::int64_t { return of.maximum; }},
-    {UVC_GET_RES, [](const Description& of) { return static_cast<std::int64_t>(of.step); }},
-    {UVC_GET_DEF, [](const Description& of) -> std::int64_t { return of.default_value; }},
-};
-
-/// Answers GET_RES for a control whose values are bits: the bits that the camera knows.
-IOReturn supportedBits(Ioctl& node, const ControlRow& row, Bytes answer) {
-    std::uint64_t bits = 0;
-    for (const ValuePair& pair : row.values) {
-        v4l2_querymenu item{};
-        item.id = row.ids[0];
-        item.index = static_cast<std::uint32_t>(pair.v4l2);
-        const IOReturn status = callUninterrupted(node, VIDIOC_QUERYMENU, &item);
-        if (status == kIOReturnSuccess)
-            bits |= static_cast<std::uint64_t>(pair.uvc);
-        else if (status != EINVAL)
-            return status;
-    }
-    putField(bits, answer);
-    return bits == 0 ? EINVAL : kIOReturnSuccess;
-}
-
-IOReturn getProperty(Ioctl& node, const ControlRow& row, const Property& property, Bytes answer) {
-    if (!row.values.empty() && property.request == UVC_GET_RES)
-        return supportedBits(node, row, answer);
-    if (!row.values.empty() && property.request != UVC_GET_DEF)
-        return EBADRQC;  // a set of bits has no least and no greatest value
-    IOReturn status = kIOReturnSuccess;
+/// Reads the minimum or maximum of each field. A control whose values are bits has neither.
+IOReturn getLimit(Ioctl& node, const ControlRow& row, __s64 Description::*limit, Bytes answer) {
+    IOReturn status = row.values.empty() ? kIOReturnSuccess : EBADRQC;
     for (std::size_t i = 0; i < row.fields() && status == kIOReturnSuccess; ++i) {
-        Description control;
+        Description control{};
         status = describe(node, row.ids[i], control);
         if (status == kIOReturnSuccess)
-            status = v4l2ToField(row, property.of(control), fieldOf(row, i, answer));
+            status = v4l2ToField(row, control.*limit, fieldOf(row, i, answer));
     }
     return status;
 }
 
-/// The capabilities byte (UVC 1.5, 4.1.2) of a control with these V4L2 flags.
-std::uint8_t capabilities(std::uint32_t flags) {
-    struct Capability {
-        std::uint32_t flag;
-        bool whenSet;
-        std::uint8_t bit;
-    };
-    static constexpr Capability all[] = {
-        {V4L2_CTRL_FLAG_WRITE_ONLY, false, UVC_CONTROL_CAP_GET},
-        {V4L2_CTRL_FLAG_READ_ONLY, false, UVC_CONTROL_CAP_SET},
-        {V4L2_CTRL_FLAG_INACTIVE, true, UVC_CONTROL_CAP_DISABLED},
-        {V4L2_CTRL_FLAG_VOLATILE, true, UVC_CONTROL_CAP_AUTOUPDATE},
-    };
-    std::uint8_t byte = 0;
-    for (const Capability& capability : all)
-        if (((flags & capability.flag) != 0) == capability.whenSet)
-            byte = static_cast<std::uint8_t>(byte | capability.bit);
-    return byte;
-}
-
-/// Answers a read of a standard control and sets how many bytes of `answer` that took.
-IOReturn read(Ioctl& node, const ControlRow& row, std::uint8_t request, RowBytes& answer,
-              std::size_t& length) {
-    length = row.size();
-    if (request == UVC_GET_CUR)
-        return getCurrent(node, row, answer);
-    const auto* property = std::ranges::find(properties, request, &Property::request);
-    if (property != std::end(properties))
-        return getProperty(node, row, *property, Bytes(answer).first(length));
-    if (request != UVC_GET_LEN && request != UVC_GET_INFO)
-        return EBADRQC;
-    Description control;
-    const IOReturn status = describe(node, row.ids[0], control);
-    const bool isLength = request == UVC_GET_LEN;
-    putField(isLength ? row.size() : capabilities(control.flags), Bytes(answer).first(2));
-    length = isLength ? 2 : 1;
-    return status;
+IOReturn read(Ioctl& node, const ControlRow& row, std::uint8_t request, Bytes answer) {
+    switch (request) {
+        case GET_CUR:
+            return getCurrent(node, row, answer);
+        case GET_MIN:
+            return getLimit(node, row, &Description::minimum, answer);
+        case GET_MAX:
+            return getLimit(node, row, &Description::maximum, answer);
+        default:
+            return EBADRQC;
+    }
 }
 
 IOReturn performStandardRequest(Ioctl& node, const ControlRow& row, IOUSBDevRequest& request) {
-    if (request.bRequest == UVC_SET_CUR)
+    if (request.bRequest == SET_CUR)
         return setCurrent(node, row, request);
-    RowBytes answer{};
-    std::size_t length = 0;
-    const IOReturn status = read(node, row, request.bRequest, answer, length);
+    std::array<std::uint8_t, largestRow> room{};
+    const Bytes answer = Bytes(room).first(row.size());
+    const IOReturn status = read(node, row, request.bRequest, answer);
     if (status == kIOReturnSuccess)
-        reply(request, Bytes(answer).first(length));
+        reply(request, answer);
     return status;
 }
 
@@ -210,16 +141,18 @@ IOReturn performStandardRequest(Ioctl& node, const ControlRow& row, IOUSBDevRequ
 
 IOReturn performControlRequest(Ioctl& node, IOUSBDevRequest& request) {
     request.wLenDone = 0;
-    const bool isWrite = request.bRequest == UVC_SET_CUR;
-    if (request.bmRequestType != (isWrite ? toDevice : fromDevice))
+    const bool isWrite = request.bRequest == SET_CUR;
+    if (request.bmRequestType != (isWrite ? requestToInterface : requestFromInterface))
         return EBADRQC;
     if (request.wLength > 0 && request.pData == nullptr)
         return EFAULT;
     const auto unit = static_cast<std::uint8_t>(request.wIndex >> 8);
-    if (!isStandardUnit(unit))
+    const auto rows = controlRows(unit);
+    if (rows.empty())
         return performExtensionRequest(node, request);
-    const ControlRow* row = findControlRow(unit, static_cast<std::uint8_t>(request.wValue >> 8));
-    return row == nullptr ? EINVAL : performStandardRequest(node, *row, request);
+    const auto selector = static_cast<std::uint8_t>(request.wValue >> 8);
+    const auto row = std::ranges::find(rows, selector, &ControlRow::selector);
+    return row == rows.end() ? EINVAL : performStandardRequest(node, *row, request);
 }
 
 }  // namespace platform

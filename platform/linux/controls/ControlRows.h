@@ -15,26 +15,22 @@ struct ValuePair {
     std::int32_t v4l2 = 0;
 };
 
-/// One control of the camera terminal or the processing unit (UVC 1.5, 4.2.2.1 and 4.2.2.3) and
+/// One control of the camera terminal or the processing unit (UVC 1.1, 4.2.2.1 and 4.2.2.3) and
 /// the V4L2 controls that uvcvideo makes of it. On the wire it is a row of little-endian fields of
 /// one width, a V4L2 control each.
 struct ControlRow {
-    std::uint8_t unit = 0;
     std::uint8_t selector = 0;
-    std::uint8_t width = 0;              ///< bytes of one field: 1, 2 or 4
-    bool isSigned = false;               ///< how a field counts
-    std::array<std::uint32_t, 2> ids{};  ///< V4L2 control ids; the second may be 0, for none
-    std::span<const ValuePair> values;   ///< what corresponds; empty: the values are equal
+    std::uint8_t width = 0;               ///< bytes of one field: 1, 2 or 4
+    bool isSigned = false;                ///< whether a field has a sign
+    std::array<std::uint32_t, 2> ids{};   ///< V4L2 control ids; the second may be 0, for none
+    std::span<const ValuePair> values{};  ///< empty: both sides use the same numbers
 
     std::size_t fields() const { return ids[1] == 0 ? 1 : 2; }
     std::size_t size() const { return fields() * width; }
 };
 
-/// Whether `unit` is the camera terminal or the processing unit, whose controls have rows.
-bool isStandardUnit(std::uint8_t unit);
-
-/// Returns the row of a control, or null.
-const ControlRow* findControlRow(std::uint8_t unit, std::uint8_t selector);
+/// Returns the controls of the camera terminal or the processing unit; none for any other unit.
+std::span<const ControlRow> controlRows(std::uint8_t unit);
 
 /// Turns the field at `bytes` into the V4L2 value: 0, ERANGE when V4L2 can't carry the value, or
 /// EINVAL when none stands for it.
@@ -42,10 +38,7 @@ IOReturn fieldToV4l2(const ControlRow& row, std::span<const std::uint8_t> bytes,
                      std::int32_t& value);
 
 /// Turns a V4L2 value into the field at `bytes`: 0, ERANGE when the field can't hold it, or EINVAL
-/// when it stands for nothing.
+/// when it stands for nothing. Whatever it returns, it may have changed `bytes`.
 IOReturn v4l2ToField(const ControlRow& row, std::int64_t value, std::span<std::uint8_t> bytes);
-
-/// Writes `value`, which fits, as one little-endian field at `bytes`.
-void putField(std::uint64_t value, std::span<std::uint8_t> bytes);
 
 }  // namespace platform

@@ -13,7 +13,7 @@ class Ioctl {
     virtual int call(unsigned long request, void* argument) = 0;
 };
 
-/// Makes the call again for as long as signals break it off; the kernel has then done nothing yet.
+/// Repeats the call for as long as signals interrupt it, which is before it has done anything.
 inline int callUninterrupted(Ioctl& node, unsigned long request, void* argument) {
     int status = EINTR;
     while (status == EINTR)

@@ -4,18 +4,19 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/linux/devices/LinuxUsb.h"
+#include "platform/linux/devices/KeptNode.h"
 #include "platform/linux/devices/UdevFeed.h"
 #include "platform/linux/devices/VideoNode.h"
 #include "platform/linux/preview/ClosingPreviews.h"
-#include "platform/linux/preview/PreviewPipeline.h"
+#include "platform/linux/preview/Preview.h"
 
 namespace platform {
 
 /// Remembers what was known of the node when it appeared: once it has gone, nothing can be asked.
 class LinuxCapture::Device : public CaptureDevice {
   public:
-    explicit Device(NodeFacts facts) : facts_(std::move(facts)) {}
+    Device(NodeFacts facts, std::shared_ptr<ClosingPreviews> closing)
+        : facts_(std::move(facts)), closing_(std::move(closing)) {}
 
     const NodeFacts& facts() const { return facts_; }
 
@@ -24,26 +25,33 @@ class LinuxCapture::Device : public CaptureDevice {
     bool hasVideo() const override { return facts_.hasVideo; }
 
     std::unique_ptr<VideoSource> open(std::string& error) override {
-        // What has to be asked of the camera is found out on the preview's thread.
+        // Only the file is looked at. The camera may take long, and is asked on the preview's
+        // thread.
         error = facts_.hasVideo ? whyNotOpenable(facts_.devnode) : "This device delivers no video.";
-        return error.empty() ? openPreview(facts_.devnode) : nullptr;
+        return error.empty() ? openPreview(facts_.devnode, closing_) : nullptr;
     }
 
   private:
     NodeFacts facts_;
+    std::shared_ptr<ClosingPreviews> closing_;
 };
 
-LinuxCapture::LinuxCapture() : LinuxCapture(std::make_unique<UdevFeed>()) {}
-
-LinuxCapture::LinuxCapture(std::unique_ptr<NodeFeed> feed) : feed_(std::move(feed)) {}
+LinuxCapture::LinuxCapture(KeptNode& kept)
+    : kept_(kept),
+      feed_(std::make_unique<UdevFeed>()),
+      closing_(std::make_shared<ClosingPreviews>()) {}
 
 LinuxCapture::~LinuxCapture() {
     // A camera that hangs is left to the kernel, which closes it with the process.
-    ClosingPreviews::all().waitForAll(std::chrono::seconds(2));
+    waitForPreviews(std::chrono::seconds(2));
+}
+
+bool LinuxCapture::waitForPreviews(std::chrono::milliseconds patience) {
+    return closing_->waitForAll(patience);
 }
 
 std::vector<std::shared_ptr<CaptureDevice>> LinuxCapture::devices() {
-    // With a listener the list changes only together with an announcement.
+    // With a listener events are taken when they come, so that each change is announced.
     if (!looked_)
         lookAgain();
     else if (listener_ == nullptr)
@@ -63,17 +71,17 @@ void LinuxCapture::setListener(CaptureListener* listener) {
 void LinuxCapture::takeEvents() {
     bool lost = false;
     while (const auto event = feed_->next()) {
-        // What is queued behind a loss is older than the new look, which comes when the queue is
-        // empty: until then the kernel drops further events without a word.
-        lost = lost || event->change == NodeFeed::Change::overflow;
+        // Events behind a loss are older than the list that is read in their place. It is read when
+        // the queue is empty: the kernel goes on dropping events while the queue is full.
+        lost = lost || event->change == UdevFeed::Change::overflow;
         if (lost)
             continue;
         const auto known = find(event->facts.syspath);
-        if (event->change == NodeFeed::Change::left) {
+        if (event->change == UdevFeed::Change::left) {
             if (known)
                 remove(known);
         } else if (!known) {
-            add(std::make_shared<Device>(event->facts));
+            add(event->facts);
         }
     }
     if (lost)
@@ -90,18 +98,19 @@ void LinuxCapture::lookAgain() {
             remove(device);
     for (const NodeFacts& facts : now)
         if (!find(facts.syspath))
-            add(std::make_shared<Device>(facts));
+            add(facts);
 }
 
-void LinuxCapture::add(std::shared_ptr<Device> device) {
+void LinuxCapture::add(const NodeFacts& facts) {
+    const auto device = std::make_shared<Device>(facts, closing_);
     attached_.push_back(device);
     if (listener_ != nullptr)
-        listener_->arrived(std::move(device));
+        listener_->arrived(device);
 }
 
 void LinuxCapture::remove(const std::shared_ptr<Device>& device) {
     std::erase(attached_, device);
-    LinuxUsb::nodeLeft(device->facts().devnode);
+    kept_.closeAt(device->facts().devnode);
     if (listener_ != nullptr)
         listener_->left(device);
 }

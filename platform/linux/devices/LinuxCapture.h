@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/MainLoop.h"
@@ -8,20 +10,25 @@
 
 namespace platform {
 
-class NodeFeed;
+class ClosingPreviews;
+class KeptNode;
+class UdevFeed;
+struct NodeFacts;
 
 /// The capture devices of the machine: cameras with a video4linux node, and microphones, which
 /// are listed only. A device's file may be missing its permissions when it is listed; opening says
 /// so. Main thread only.
 class LinuxCapture : public CaptureBackend {
   public:
-    LinuxCapture();
-
-    /// Lists what `feed` tells of.
-    explicit LinuxCapture(std::unique_ptr<NodeFeed> feed);
+    /// The node of `kept` is closed when its camera leaves.
+    explicit LinuxCapture(KeptNode& kept);
     LinuxCapture(const LinuxCapture&) = delete;
     LinuxCapture& operator=(const LinuxCapture&) = delete;
     ~LinuxCapture() override;
+
+    /// Waits until every preview that was stopped has let go of its camera; false when that takes
+    /// longer than `patience`.
+    bool waitForPreviews(std::chrono::milliseconds patience);
 
     std::vector<std::shared_ptr<CaptureDevice>> devices() override;
     void setListener(CaptureListener* listener) override;
@@ -31,11 +38,13 @@ class LinuxCapture : public CaptureBackend {
 
     void takeEvents();
     void lookAgain();
-    void add(std::shared_ptr<Device> device);
+    void add(const NodeFacts& facts);
     void remove(const std::shared_ptr<Device>& device);
     std::shared_ptr<Device> find(const std::string& syspath) const;
 
-    std::unique_ptr<NodeFeed> feed_;
+    KeptNode& kept_;
+    std::unique_ptr<UdevFeed> feed_;
+    std::shared_ptr<ClosingPreviews> closing_;
     std::vector<std::shared_ptr<Device>> attached_;
     bool looked_ = false;
     CaptureListener* listener_ = nullptr;

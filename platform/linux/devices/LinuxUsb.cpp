@@ -1,24 +1,24 @@
 #include "platform/linux/devices/LinuxUsb.h"
 
 #include <cerrno>
-#include <set>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "platform/linux/controls/ControlRequests.h"
 #include "platform/linux/devices/NodeFacts.h"
 #include "platform/linux/devices/Udev.h"
-#include "platform/linux/devices/VideoNode.h"
 
 namespace platform {
 namespace {
 
-/// One stay of a device at its port: the kernel numbers each anew.
+/// A device from the moment it is plugged in until it is unplugged. The kernel gives it a new
+/// number each time.
 struct Attachment {
     std::string syspath;
     std::string number;
 
-    /// Returns the device, or null when this stay has ended.
+    /// Returns the device, or null when it has been unplugged since.
     UdevDevicePtr device(udev* context) const {
         auto found = udevDevice(context, syspath);
         const bool same = found && udevAttribute(found.get(), "devnum") == number;
@@ -33,10 +33,10 @@ struct Attachment {
 
 class LinuxUsbInterface : public UsbInterface {
   public:
-    LinuxUsbInterface(Attachment attachment, udev_device* interface)
+    LinuxUsbInterface(Attachment attachment, udev_device* interface, KeptNode& kept)
         : attachment_(std::move(attachment)),
-          syspath_(textOrEmpty(udev_device_get_syspath(interface))) {
-        all().insert(this);
+          syspath_(textOrEmpty(udev_device_get_syspath(interface))),
+          kept_(kept) {
         const auto field = [&](const char* name, int base) {
             return static_cast<std::uint8_t>(udevNumber(interface, name, base).value_or(0));
         };
@@ -44,93 +44,69 @@ class LinuxUsbInterface : public UsbInterface {
                        field("bInterfaceProtocol", 16), field("bAlternateSetting", 10)};
     }
 
-    LinuxUsbInterface(const LinuxUsbInterface&) = delete;
-    LinuxUsbInterface& operator=(const LinuxUsbInterface&) = delete;
-    ~LinuxUsbInterface() override { all().erase(this); }
-
-    /// Closes the node at `path` wherever it is kept open.
-    static void giveUp(const std::string& path) {
-        for (LinuxUsbInterface* interface : all())
-            if (interface->path_ == path)
-                interface->node_.close();
-    }
-
     IOReturn createPlugIn() override { return attachment_.presence(); }
     IOReturn queryInterface() override { return attachment_.presence(); }
     Descriptor descriptor() const override { return descriptor_; }
 
-    /// The node stays open between two requests: it shuts nobody out, and to look it up again takes
-    /// many times as long as a request. It is closed when a request finds that the camera has gone,
-    /// or by `giveUp`.
-    IOReturn open() override {
-        const IOReturn status = node_.isOpen() ? kIOReturnSuccess : openNode();
-        isOpen_ = status == kIOReturnSuccess;
-        return status;
-    }
+    IOReturn open() override { return node_.expired() ? openNode() : kIOReturnSuccess; }
 
     IOReturn controlRequest(IOUSBDevRequest& request) override {
-        if (!isOpen_)
+        const auto node = node_.lock();
+        if (!node)
             return EBADF;
-        const IOReturn status = performControlRequest(node_, request);
+        const IOReturn status = performControlRequest(*node, request);
         if (status == ENODEV)
-            node_.close();
+            kept_.close();
         return status;
     }
 
-    IOReturn close() override {
-        isOpen_ = false;
-        return kIOReturnSuccess;
-    }
+    /// The node stays open, for the next request.
+    IOReturn close() override { return kIOReturnSuccess; }
 
   private:
     /// Opens the first node that delivers video: the driver gives its controls to that one, and
     /// none to the metadata node beside it.
     IOReturn openNode() {
-        node_.close();
         const UdevPtr context(udev_new());
         const auto present = attachment_.device(context.get());
         const auto interface = present ? udevDevice(context.get(), syspath_) : nullptr;
         if (!interface)
             return ENODEV;
-        auto nodes = udevDevices(context.get(), "video4linux", interface.get());
-        sortByNumber(nodes);
+        auto candidates = udevDevices(context.get(), "video4linux", interface.get());
+        sortByNumber(candidates);
         IOReturn failure = ENODEV;
-        for (const UdevDevicePtr& node : nodes) {
-            path_ = textOrEmpty(udev_device_get_devnode(node.get()));
-            const IOReturn status = node_.open(path_, udev_device_get_devnum(node.get()));
+        for (const UdevDevicePtr& candidate : candidates) {
+            const std::string path = textOrEmpty(udev_device_get_devnode(candidate.get()));
+            auto node = std::make_unique<VideoNode>();
+            const IOReturn status = node->open(path, udev_device_get_devnum(candidate.get()));
             std::string card;
-            if (status == kIOReturnSuccess && capturesVideo(node_, card))
+            if (status == kIOReturnSuccess && capturesVideo(*node, card)) {
+                node_ = kept_.keep(std::move(node), path);
                 return kIOReturnSuccess;
-            // Why a node can't be opened tells more than that no other one will do.
+            }
+            // This says more than ENODEV about why there is no node.
             if (status != kIOReturnSuccess)
                 failure = status;
         }
-        node_.close();
         return failure;
     }
 
     Attachment attachment_;
-    /// Those that may keep a node open. Main thread; never destroyed, as one may end after it.
-    static std::set<LinuxUsbInterface*>& all() {
-        static auto* const interfaces = new std::set<LinuxUsbInterface*>;
-        return *interfaces;
-    }
-
     std::string syspath_;
     Descriptor descriptor_;
-    std::string path_;  // of the node
-    VideoNode node_;
-    bool isOpen_ = false;  // for requests
+    KeptNode& kept_;
+    std::weak_ptr<VideoNode> node_;
 };
 
 class LinuxUsbDevice : public UsbDevice {
   public:
-    explicit LinuxUsbDevice(udev_device* device)
+    LinuxUsbDevice(udev_device* device, KeptNode& kept)
         : attachment_{textOrEmpty(udev_device_get_syspath(device)),
                       udevAttribute(device, "devnum")},
           vendorID_(usbID(device, "idVendor")),
           productID_(usbID(device, "idProduct")),
-          locationID_(usbLocation(textOrEmpty(udev_device_get_sysname(device))).id) {}
+          locationID_(usbLocation(textOrEmpty(udev_device_get_sysname(device))).id),
+          kept_(kept) {}
 
     IOReturn createPlugIn() override { return attachment_.presence(); }
     IOReturn queryInterface() override { return attachment_.presence(); }
@@ -144,7 +120,8 @@ class LinuxUsbDevice : public UsbDevice {
         if (!device)
             return ENODEV;
         for (const UdevDevicePtr& interface : usbInterfaces(context.get(), device.get()))
-            found.push_back(std::make_shared<LinuxUsbInterface>(attachment_, interface.get()));
+            found.push_back(
+                std::make_shared<LinuxUsbInterface>(attachment_, interface.get(), kept_));
         return kIOReturnSuccess;
     }
 
@@ -153,13 +130,10 @@ class LinuxUsbDevice : public UsbDevice {
     std::uint16_t vendorID_;
     std::uint16_t productID_;
     std::uint32_t locationID_;
+    KeptNode& kept_;
 };
 
 }  // namespace
-
-void LinuxUsb::nodeLeft(const std::string& path) {
-    LinuxUsbInterface::giveUp(path);
-}
 
 std::vector<std::shared_ptr<UsbDevice>> LinuxUsb::devices() {
     std::vector<std::shared_ptr<UsbDevice>> found;
@@ -168,7 +142,7 @@ std::vector<std::shared_ptr<UsbDevice>> LinuxUsb::devices() {
         return found;
     for (const UdevDevicePtr& device : udevDevices(context.get(), "usb", nullptr))
         if (isUsb(device.get(), "usb_device"))
-            found.push_back(std::make_shared<LinuxUsbDevice>(device.get()));
+            found.push_back(std::make_shared<LinuxUsbDevice>(device.get(), kept_));
     return found;
 }
 

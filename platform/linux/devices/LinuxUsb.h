@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/backend/UsbBackend.h"
+#include "platform/linux/devices/KeptNode.h"
 
 namespace platform {
 
@@ -9,11 +10,13 @@ namespace platform {
 /// gone for good: another one at its port is another device. Main thread only.
 class LinuxUsb : public UsbBackend {
   public:
-    /// Closes what is kept open of the video node at `path`, whose camera has left: until then the
-    /// kernel keeps the node's number, and the next camera gets another. Main thread.
-    static void nodeLeft(const std::string& path);
+    /// Requests go through the node that `kept` keeps open.
+    explicit LinuxUsb(KeptNode& kept) : kept_(kept) {}
 
     std::vector<std::shared_ptr<UsbDevice>> devices() override;
+
+  private:
+    KeptNode& kept_;
 };
 
 }  // namespace platform

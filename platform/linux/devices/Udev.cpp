@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/UVC.h"
+
 namespace platform {
 
 std::string textOrEmpty(const char* text) {
@@ -77,8 +79,8 @@ std::vector<UdevDevicePtr> usbInterfaces(udev* context, udev_device* device) {
 }
 
 bool isVideoControl(udev_device* interface) {
-    return udevNumber(interface, "bInterfaceClass", 16) == 0x0E &&
-           udevNumber(interface, "bInterfaceSubClass", 16) == 0x01;
+    return udevNumber(interface, "bInterfaceClass", 16) == CC_VIDEO &&
+           udevNumber(interface, "bInterfaceSubClass", 16) == SC_VIDEOCONTROL;
 }
 
 std::uint16_t usbID(udev_device* device, const char* name) {

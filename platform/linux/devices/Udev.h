@@ -44,7 +44,7 @@ bool isUsb(udev_device* device, const char* kind);
 /// Returns the interfaces of a USB device, in the order of their numbers.
 std::vector<UdevDevicePtr> usbInterfaces(udev* context, udev_device* device);
 
-/// The video control interface (UVC 1.5, A.1 and A.2).
+/// Whether `interface` is a video control interface (UVC 1.1, A.1 and A.2).
 bool isVideoControl(udev_device* interface);
 
 /// A USB device id as sysfs gives it; 0 when it is missing.

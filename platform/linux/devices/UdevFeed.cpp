@@ -20,9 +20,9 @@ bool records(std::string_view sysname) {
     return sysname.starts_with("pcmC") && sysname.ends_with("c");
 }
 
-/// Whether a video4linux node delivers video. What udev found out when the node appeared holds
-/// without a question to the device, which would wake a sleeping camera; it also covers a node
-/// that we may not open. A node that says nothing there, or that changes its ways, is asked.
+/// Whether a video4linux node delivers video. If udev has found so when the node appeared, the
+/// device isn't asked: that would wake a sleeping camera, and may not be permitted. Otherwise it
+/// is, as udev may not have looked, and what a node can do may change.
 bool deliversVideo(udev_device* device, NodeFacts& facts) {
     facts.driverName = textOrEmpty(udev_device_get_property_value(device, "ID_V4L_PRODUCT"));
     if (facts.driverName.empty())
@@ -71,7 +71,7 @@ std::string placeOf(udev_device* node, std::string_view subsystem) {
     const char* bus = parent == nullptr ? nullptr : udev_device_get_subsystem(parent);
     if (bus == nullptr)
         return fmt::format("virtual:{}", textOrEmpty(udev_device_get_sysname(node)));
-    // libudev has no name to give for a device that goes while it is being looked at.
+    // The name is missing when the device leaves just now.
     return fmt::format("{}:{}", bus, textOrEmpty(udev_device_get_sysname(parent)));
 }
 
@@ -124,7 +124,7 @@ int UdevFeed::descriptor() const {
     return monitor_ ? udev_monitor_get_fd(monitor_.get()) : -1;
 }
 
-std::optional<NodeFeed::Event> UdevFeed::next() {
+std::optional<UdevFeed::Event> UdevFeed::next() {
     while (monitor_) {
         errno = 0;
         const UdevDevicePtr device(udev_monitor_receive_device(monitor_.get()));

@@ -52,7 +52,7 @@ bool capturesVideo(Ioctl& node, std::string& card) {
     v4l2_capability capability{};
     if (callUninterrupted(node, VIDIOC_QUERYCAP, &capability) != 0)
         return false;
-    // What the device as a whole can do says nothing about this one of its nodes.
+    // `capabilities` are those of all nodes of the device together.
     const std::uint32_t own = (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0
                                   ? capability.device_caps
                                   : capability.capabilities;
@@ -62,7 +62,7 @@ bool capturesVideo(Ioctl& node, std::string& card) {
 }
 
 int checkUnused(Ioctl& node) {
-    // Giving back no buffers needs the right to stream, which one program has at a time.
+    // To free buffers, even none, takes the right to stream, which one program has at a time.
     v4l2_requestbuffers none{};
     none.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     none.memory = V4L2_MEMORY_MMAP;

@@ -2,11 +2,6 @@
 
 namespace platform {
 
-ClosingPreviews& ClosingPreviews::all() {
-    static auto* const closing = new ClosingPreviews;
-    return *closing;
-}
-
 bool ClosingPreviews::waitForCamera(const Hold& hold, const std::stop_token& stop) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, stop, [&] { return !cameras_.contains(hold.camera_); });
@@ -15,7 +10,7 @@ bool ClosingPreviews::waitForCamera(const Hold& hold, const std::stop_token& sto
 
 void ClosingPreviews::stopped(Hold& hold) {
     const std::lock_guard lock(mutex_);
-    if (hold.stopped_ || hold.ended_)
+    if (hold.ended_)
         return;
     hold.stopped_ = true;
     cameras_.insert(hold.camera_);

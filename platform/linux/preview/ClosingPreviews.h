@@ -11,13 +11,11 @@
 namespace platform {
 
 /// The previews that have been stopped and still hold their cameras, each on a thread of its own.
-/// One that follows on the same camera waits here in the background: the camera would refuse it.
-/// So a camera that hangs keeps one thread closing and at most one waiting. Thread-safe.
+/// The next preview of such a camera waits for that on its own thread: the camera would refuse it.
+/// So a camera that hangs keeps one thread closing and at most one waiting. Shared with these
+/// threads, as they may outlive whoever started them. Thread-safe.
 class ClosingPreviews {
   public:
-    /// Those of the process. Never destroyed: a thread may outlive the program's other objects.
-    static ClosingPreviews& all();
-
     /// A preview from its start to the end of its thread.
     class Hold {
       public:

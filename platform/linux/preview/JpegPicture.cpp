@@ -15,14 +15,14 @@
 namespace platform {
 namespace {
 
-/// What the library calls when it can't go on, and where it returns to.
+/// The library's error handler, and the place to which it jumps.
 struct Errors : jpeg_error_mgr {
     std::jmp_buf toCaller;
 };
 
 /// Decodes one image. Each has a decoder of its own, as a broken one's tables would spoil those
-/// that follow. The library's errors come as a jump: in a function with `setjmp` nothing is made
-/// that has to be destroyed.
+/// that follow. The library reports errors by `longjmp`, which runs no destructors: a function that
+/// calls `setjmp` has no objects that need one.
 class Decoder {
   public:
     Decoder() {
@@ -30,7 +30,7 @@ class Decoder {
         errors_.error_exit = [](j_common_ptr info) {
             std::longjmp(static_cast<Errors*>(info->err)->toCaller, 1);
         };
-        // Many a camera sends a byte too many with each picture, which harms nobody.
+        // No warnings: many cameras send a stray byte with each picture, which does no harm.
         errors_.emit_message = [](j_common_ptr /*info*/, int /*level*/) {};
     }
     Decoder(const Decoder&) = delete;
@@ -78,13 +78,12 @@ class Decoder {
 
     void decode(std::byte* pixels, int bytesPerLine) {
         info_.out_color_space = JCS_EXT_BGRA;
-        // Nobody sees at this size whether the colours between two samples are interpolated, or
-        // that the transform is the quick one, which is a little less exact.
+        // Quick rather than exact: the difference can't be seen at this size.
         info_.do_fancy_upsampling = FALSE;
         info_.dct_method = JDCT_IFAST;
         jpeg_start_decompress(&info_);
         while (info_.output_scanline < info_.output_height) {
-            // Two rows share their colours, and are cheaper together.
+            // Rows mostly share their colour samples in pairs, so that two at once are cheaper.
             JSAMPROW lines[2];
             JDIMENSION count = 0;
             for (JDIMENSION row = info_.output_scanline; row < info_.output_height && count < 2;

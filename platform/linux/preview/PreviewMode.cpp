@@ -16,23 +16,23 @@ constexpr int wantedRate = 30;  // pictures per second
 constexpr int smoothRate = 24;
 constexpr int usableRate = 10;
 
-// The least work first.
+// The kinds that take the least work to decode come first.
 constexpr StreamKind kinds[] = {
     {"video/x-raw", {}, true},
     {"image/jpeg", {"jpegdec", "avdec_mjpeg"}, true},
     {"video/x-h264", {"avdec_h264", "openh264dec"}, false},
 };
 
-/// How well a mode serves; the fields in the order in which they count.
+/// How well a mode suits. The first field in which two modes differ decides between them.
 struct Merit {
     bool within = false;
     bool usable = false;
-    std::int64_t area = 0;  // negative for what has to be made smaller
+    std::int64_t area = 0;  // negative for a mode beyond the limits, of which the smallest is best
     bool smooth = false;
     std::ptrdiff_t ease = 0;
     double rate = 0;
 
-    // The check takes the compiler's own 0 in the comparison for ours.
+    // The check mistakes the 0 in the compiler's own comparison for a null pointer.
     auto operator<=>(const Merit&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
@@ -96,7 +96,7 @@ PreviewMode choosePreviewMode(const GstCaps* offered, const VideoLimits& limits)
     for (guint i = 0; i < gst_caps_get_size(offered); ++i) {
         const GstStructure* offer = gst_caps_get_structure(offered, i);
         const StreamKind* kind = kindOf(offer);
-        // Pictures in special memory, or in two fields, have an entry in plain form as well.
+        // What is offered in special memory, or interlaced, is offered in plain form as well.
         if (kind == nullptr || !gst_caps_features_is_equal(gst_caps_get_features(offered, i),
                                                            GST_CAPS_FEATURES_MEMORY_SYSTEM_MEMORY))
             continue;

@@ -11,7 +11,7 @@ namespace platform {
 struct StreamKind {
     const char* mediaType = nullptr;
     std::array<const char*, 2> decoders{};  ///< GStreamer elements, best first; null: none needed
-    bool picturesStandAlone = true;         ///< one can be left out without harm to the others
+    bool picturesStandAlone = true;         ///< whether others can be decoded without it
 };
 
 /// A camera mode for a preview.

@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// What `makePicture` reads: JPEG as it comes, and the raw forms in which nearly all other pictures
-/// are at hand without a conversion, or with one that is only a copy.
+/// The formats that `makePicture` reads: JPEG, and the raw ones that decoders produce, or into
+/// which the others can be converted by hardly more than a copy.
 GstCapsPtr readablePictures(const VideoLimits& limits);
 
 /// Makes a picture of a sample in a readable form; it has no `write` when the sample is broken.

@@ -9,6 +9,8 @@
 
 namespace platform {
 
+class ClosingPreviews;
+
 /// Where a preview's pictures come from.
 struct PreviewOrigin {
     /// Makes the source element, with one pad; null when GStreamer lacks it. Called on the
@@ -25,9 +27,12 @@ struct PreviewOrigin {
 
 /// Makes a preview of `origin`. Everything that may wait for the camera is done on its own thread,
 /// which no call waits for: a stopped preview lets go of the camera as soon as the camera lets it.
-std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin);
+/// Until it has, it is counted in `closing`, which all previews of the machine's cameras share.
+std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin,
+                                         std::shared_ptr<ClosingPreviews> closing);
 
 /// Makes a preview of the camera whose video4linux node is at `path`.
-std::unique_ptr<VideoSource> openPreview(const std::string& path);
+std::unique_ptr<VideoSource> openPreview(const std::string& path,
+                                         std::shared_ptr<ClosingPreviews> closing);
 
 }  // namespace platform

@@ -1,0 +1,199 @@
+#include "platform/linux/preview/Pipeline.h"
+
+#include <fmt/format.h>
+#include <gst/app/gstappsink.h>
+#include <gst/base/gstbasesrc.h>
+#include <gst/video/video.h>
+
+#include <utility>
+
+#include "platform/linux/preview/PreviewLink.h"
+#include "platform/linux/preview/PreviewMode.h"
+#include "platform/linux/preview/PreviewPicture.h"
+
+namespace platform {
+namespace {
+
+bool isDamaged(const GstBuffer* buffer) {
+    return GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
+}
+
+/// Drops a picture that the source marks as damaged: not every decoder passes the mark on.
+GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer link) {
+    if (!isDamaged(GST_PAD_PROBE_INFO_BUFFER(info)))
+        return GST_PAD_PROBE_OK;
+    static_cast<PreviewLink*>(link)->leaveOut();
+    return GST_PAD_PROBE_DROP;
+}
+
+/// Delivers the picture that waits in the sink, unless a decoder marks it as damaged.
+GstFlowReturn takeSample(GstAppSink* from, gpointer target) {
+    auto& link = *static_cast<PreviewLink*>(target);
+    GstSamplePtr sample(gst_app_sink_pull_sample(from));
+    const GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
+    if (buffer == nullptr)
+        return GST_FLOW_OK;
+    VideoFrame picture;
+    if (!isDamaged(buffer))
+        picture = makePicture(std::move(sample));
+    if (picture.write)
+        link.deliver(std::move(picture));
+    else
+        link.leaveOut();
+    return GST_FLOW_OK;
+}
+
+/// Takes each message on the thread that sends it: nobody reads the bus, where they would pile up.
+GstBusSyncReply takeMessage(GstBus* /*bus*/, GstMessage* message, gpointer link) {
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+        GError* error = nullptr;
+        gst_message_parse_error(message, &error, nullptr);
+        const GErrorPtr owned(error);
+        static_cast<PreviewLink*>(link)->fail(
+            fmt::format("The preview has stopped: {}", error->message));
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS) {
+        static_cast<PreviewLink*>(link)->fail("The camera sends no more pictures.");
+    }
+    gst_message_unref(message);
+    return GST_BUS_DROP;
+}
+
+void setIfPresent(GstElement* element, const char* property, int value) {
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), property) != nullptr)
+        g_object_set(element, property, value, nullptr);
+}
+
+/// The pool of a source's buffers, if it has one.
+GstBufferPool* poolOf(GstElement* source) {
+    return source != nullptr && GST_IS_BASE_SRC(source)
+               ? gst_base_src_get_buffer_pool(GST_BASE_SRC(source))
+               : nullptr;
+}
+
+/// The v4l2src of GStreamer 1.22.0, which is Debian 12's, forgets a reference to its pool at every
+/// start. The pool would keep the element, and with it the camera's node open, until the program's
+/// end. Once the pipeline is gone, nobody else but the caller has a reference.
+void releaseForgotten(GstBufferPool* pool) {
+    if (pool != nullptr && g_str_equal(G_OBJECT_TYPE_NAME(pool), "GstV4l2BufferPool") &&
+        !gst_buffer_pool_is_active(pool) && GST_OBJECT_REFCOUNT_VALUE(pool) == 2)
+        gst_object_unref(pool);
+}
+
+}  // namespace
+
+Pipeline::Pipeline(PreviewLink& link) : link_(link), pipeline_(gst_pipeline_new(nullptr)) {
+    const GstBusPtr bus(gst_element_get_bus(pipeline_.get()));
+    gst_bus_set_sync_handler(bus.get(), takeMessage, &link, nullptr);
+}
+
+Pipeline::~Pipeline() {
+    const GstBufferPoolPtr pool(poolOf(source_));
+    gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+    pipeline_.reset();
+    releaseForgotten(pool.get());
+}
+
+void Pipeline::start(GstElement* source, const VideoLimits& limits) {
+    last_ = source_ = add(source, "the video source");
+    if (last_ == nullptr || !enter(GST_STATE_READY))
+        return;
+    const GstPadPtr pad(gst_element_get_static_pad(last_, "src"));
+    const GstCapsPtr offered(gst_pad_query_caps(pad.get(), nullptr));
+    const PreviewMode mode = choosePreviewMode(offered.get(), limits);
+    if (mode.kind == nullptr) {
+        link_.fail("The camera has no picture format that can be shown.");
+        return;
+    }
+    if (mode.kind->picturesStandAlone)
+        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, &link_, nullptr);
+    if (!link_.isCut() && appendFilter(mode.caps.get()) && appendDecoding(mode, limits) &&
+        appendSink(limits))
+        enter(GST_STATE_PLAYING);
+}
+
+/// Adds the element, which the pipeline then owns; `name` is for the text of a failure.
+GstElement* Pipeline::add(GstElement* element, const char* name) {
+    if (element == nullptr) {
+        link_.fail(fmt::format("GStreamer lacks {}.", name));
+        return nullptr;
+    }
+    gst_bin_add(GST_BIN(pipeline_.get()), element);
+    return element;
+}
+
+GstElement* Pipeline::append(const char* factory) {
+    return append(gst_element_factory_make(factory, nullptr), factory);
+}
+
+GstElement* Pipeline::append(GstElement* element, const char* name) {
+    if (add(element, name) == nullptr)
+        return nullptr;
+    if (!gst_element_link(last_, element)) {
+        link_.fail(fmt::format("The camera's pictures don't fit {}.", name));
+        return nullptr;
+    }
+    return last_ = element;
+}
+
+bool Pipeline::appendFilter(GstCaps* caps) {
+    GstElement* filter = append("capsfilter");
+    if (filter != nullptr)
+        g_object_set(filter, "caps", caps, nullptr);
+    return filter != nullptr;
+}
+
+/// Appends a decoder and a converter, unless the pictures can be read as they come.
+bool Pipeline::appendDecoding(const PreviewMode& mode, const VideoLimits& limits) {
+    const GstCapsPtr readable = readablePictures(limits);
+    return gst_caps_can_intersect(mode.caps.get(), readable.get()) ||
+           (appendDecoder(*mode.kind) && appendConverter());
+}
+
+/// The decoder goes on after any number of broken pictures, and delays none, as threads would.
+bool Pipeline::appendDecoder(const StreamKind& kind) {
+    if (kind.decoders.front() == nullptr)
+        return true;
+    GstElement* decoder = nullptr;
+    for (const char* factory : kind.decoders)
+        if (decoder == nullptr)
+            decoder = gst_element_factory_make(factory, nullptr);
+    if (decoder != nullptr) {
+        setIfPresent(decoder, "max-errors", -1);
+        setIfPresent(decoder, "max-threads", 1);
+    }
+    return append(decoder, fmt::format("a decoder for {}", kind.mediaType).c_str()) != nullptr;
+}
+
+/// Without interpolating colours and without dithering, which can't be seen at this size and would
+/// double the work.
+bool Pipeline::appendConverter() {
+    GstElement* converter = append("videoconvertscale");
+    if (converter != nullptr)
+        g_object_set(converter, "chroma-mode", GST_VIDEO_CHROMA_MODE_NONE, "dither",
+                     GST_VIDEO_DITHER_NONE, nullptr);
+    return converter != nullptr;
+}
+
+bool Pipeline::appendSink(const VideoLimits& limits) {
+    const GstCapsPtr readable = readablePictures(limits);
+    GstElement* sink = append("appsink");
+    if (sink == nullptr)
+        return false;
+    // Only the latest picture is kept, and it is delivered as soon as it is there.
+    g_object_set(sink, "caps", readable.get(), "max-buffers", 1U, "drop", TRUE, "sync", FALSE,
+                 "enable-last-sample", FALSE, nullptr);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = takeSample;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &link_, nullptr);
+    return true;
+}
+
+bool Pipeline::enter(GstState state) {
+    const bool entered = gst_element_set_state(pipeline_.get(), state) != GST_STATE_CHANGE_FAILURE;
+    // Most elements have told a better reason by now, and the link keeps the first.
+    if (!entered)
+        link_.fail("The preview can't be started.");
+    return entered;
+}
+
+}  // namespace platform

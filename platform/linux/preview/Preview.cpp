@@ -1,0 +1,114 @@
+#include "platform/linux/preview/Preview.h"
+
+#include <thread>
+#include <utility>
+
+#include "platform/linux/devices/VideoNode.h"
+#include "platform/linux/preview/ClosingPreviews.h"
+#include "platform/linux/preview/Pipeline.h"
+#include "platform/linux/preview/PreviewLink.h"
+
+namespace platform {
+namespace {
+
+/// One run of a preview, shared with its thread, which does all that may wait for the camera.
+class Run {
+  public:
+    Run(PreviewOrigin origin, const VideoLimits& limits, VideoSink& sink,
+        std::shared_ptr<ClosingPreviews> closing)
+        : origin_(std::move(origin)),
+          limits_(limits),
+          link_(sink),
+          closing_(std::move(closing)),
+          hold_(origin_.camera) {}
+
+    void perform() {
+        show();
+        closing_->ended(hold_);
+    }
+
+    /// Returns at once; the thread closes the camera when the camera lets it.
+    void stop() {
+        link_.cut();
+        closing_->stopped(hold_);
+    }
+
+  private:
+    void show() {
+        if (!closing_->waitForCamera(hold_, link_.untilCut()))
+            return;
+        // Asked first: merely trying a mode would disturb the pictures that another program takes.
+        std::string known = origin_.whyNotUsable();
+        if (known.empty()) {
+            showUntilTheEnd();
+            if (!link_.isCut())
+                known = origin_.whyNotUsable();
+        }
+        link_.report(known.empty() ? link_.failure() : std::move(known));
+    }
+
+    void showUntilTheEnd() {
+        if (std::string failure = loadGStreamer(); !failure.empty()) {
+            link_.fail(std::move(failure));
+            return;
+        }
+        Pipeline pipeline(link_);
+        pipeline.start(origin_.makeElement(), limits_);
+        link_.wait();
+    }
+
+    const PreviewOrigin origin_;
+    const VideoLimits limits_;
+    PreviewLink link_;
+    const std::shared_ptr<ClosingPreviews> closing_;
+    ClosingPreviews::Hold hold_;
+};
+
+class Preview : public VideoSource {
+  public:
+    Preview(PreviewOrigin origin, std::shared_ptr<ClosingPreviews> closing)
+        : origin_(std::move(origin)), closing_(std::move(closing)) {}
+    Preview(const Preview&) = delete;
+    Preview& operator=(const Preview&) = delete;
+    ~Preview() override { halt(); }
+
+    void start(const VideoLimits& limits, VideoSink& sink) override {
+        halt();
+        const auto run = std::make_shared<Run>(origin_, limits, sink, closing_);
+        std::thread([run] { run->perform(); }).detach();
+        run_ = run;
+    }
+
+    void stop() override { halt(); }
+
+  private:
+    void halt() {
+        if (const auto run = std::exchange(run_, nullptr))
+            run->stop();
+    }
+
+    const PreviewOrigin origin_;
+    const std::shared_ptr<ClosingPreviews> closing_;
+    std::shared_ptr<Run> run_;
+};
+
+}  // namespace
+
+std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin,
+                                         std::shared_ptr<ClosingPreviews> closing) {
+    return std::make_unique<Preview>(std::move(origin), std::move(closing));
+}
+
+std::unique_ptr<VideoSource> openPreview(const std::string& path,
+                                         std::shared_ptr<ClosingPreviews> closing) {
+    const auto makeElement = [path] {
+        GstElement* source = gst_element_factory_make("v4l2src", nullptr);
+        if (source != nullptr)
+            g_object_set(source, "device", path.c_str(), nullptr);
+        return source;
+    };
+    return makePreview({makeElement, [path] { return whyNotUsable(path); }, path},
+                       std::move(closing));
+}
+
+}  // namespace platform
