@@ -10,8 +10,6 @@
 
 namespace virtualcam {
 
-class Attachment;
-
 /// A bus that virtual cameras and microphones are plugged into: the back ends for both the USB
 /// devices and the capture devices. Main thread only, except where noted.
 class VirtualBus {
@@ -49,6 +47,7 @@ class VirtualBus {
     bool failVideo(const std::shared_ptr<VirtualCamera>& camera, const std::string& reason);
 
   private:
+    struct Attachment;
     class UsbSide;
     class CaptureSide;
 
