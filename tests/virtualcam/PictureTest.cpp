@@ -15,8 +15,8 @@
 namespace virtualcam {
 namespace {
 
-constexpr int width = 160;
-constexpr int height = 120;
+constexpr int width = 128;
+constexpr int height = 96;
 
 QImage draw(const PictureState& state, std::uint64_t index = 100) {
     std::vector<std::uint32_t> pixels(std::size_t{width} * height);
