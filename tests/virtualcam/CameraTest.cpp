@@ -63,13 +63,8 @@ TEST(RequestTest, EveryKindOfControlTakesItsOwnRequests) {
          "a1 87 0500 0300 1 | 02",     // a choice: mains frequency
          "a1 84 0200 0100 1 | 09",     // bits: exposure mode
          "a1 87 0200 0100 1 | 08", "a1 85 0900 1000 2 | 18 00",  // a text: version
-         "a1 81 0900 1000 24 | 56 39 2e 32 2e 34" +
-             [] {
-                 std::string zeros;
-                 for (int i = 6; i < 24; ++i)
-                     zeros += " 00";
-                 return zeros;
-             }(),
+         "a1 81 0900 1000 24 | 56 39 2e 32 2e 34 00 00 00 00 00 00"
+         " 00 00 00 00 00 00 00 00 00 00 00 00",
          "a1 86 0900 1000 1 | 01", "a1 86 1700 1000 1 | 02",  // a trigger: restore
          "a1 86 0200 0000 1 | 01"});                          // the reason itself
     expectAnswers(camera, RequestError::invalidRequest,

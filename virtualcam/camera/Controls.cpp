@@ -17,7 +17,7 @@ constexpr ControlId aeModeID{cameraTerminalID, CT_AE_MODE_CONTROL};
 constexpr ControlId autoWhiteID{processingUnitID, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL};
 
 constexpr Automatic followsFocus{autoFocusID, 1, 160, 12, 16};
-constexpr Automatic followsLight{aeModeID, 8, 167, 12, 6};
+constexpr Automatic followsLight{aeModeID, exposureAperturePriority, 167, 12, 6};
 constexpr Automatic followsColour{autoWhiteID, 1, 5200, 180, 40};
 
 // Limits are {minimum, maximum, resolution, default}; the comment gives the unit.
@@ -34,8 +34,9 @@ std::vector<ControlRow> cameraTerminal() {
     focus.automatic = followsFocus;
     auto autoFocus =  // switch
         row(CT_FOCUS_AUTO_CONTROL, boolean, 1, readWrite, {0, 1, 1, 1}, nullptr);
-    auto aeMode =  // bits: 1 manual, 8 aperture priority
-        row(CT_AE_MODE_CONTROL, bitmap, 1, readWrite, {1, 8, 1 | 8, 8}, nullptr);
+    auto aeMode =  // see `AutoExposureMode`
+        row(CT_AE_MODE_CONTROL, bitmap, 1, readWrite,
+            {0, 0, exposureManual | exposureAperturePriority, exposureAperturePriority}, nullptr);
     auto exposure =  // 100 microseconds; a picture lasts 333
         row(CT_EXPOSURE_TIME_ABSOLUTE_CONTROL, number, 4, movesByItself, {1, 333, 1, 167},
             &Picture::exposureTime);
@@ -67,11 +68,11 @@ std::vector<ControlRow> processingUnit() {
         {autoWhiteID, boolean, 1, readWrite, {0, 1, 1, 1}, &Picture::autoWhiteBalance},
         level(PU_BACKLIGHT_COMPENSATION_CONTROL, {0, 10, 1, 0}, &Picture::backlight),  // steps
         level(PU_GAIN_CONTROL, {0, 255, 1, 6}, &Picture::gain),                        // steps
-        {{processingUnitID, PU_POWER_LINE_FREQUENCY_CONTROL},  // 0 off, 1 50 Hz, 2 60 Hz
+        {{processingUnitID, PU_POWER_LINE_FREQUENCY_CONTROL},  // see `PowerLineFrequency`
          choice,
          1,
          readWrite,
-         {0, 2, 1, 2},
+         {powerLineDisabled, powerLine60Hz, 1, powerLine60Hz},
          &Picture::powerLine},
     };
 }

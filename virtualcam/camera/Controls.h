@@ -68,7 +68,7 @@ struct Automatic {
 struct ControlRow {
     ControlId id;
     ControlKind kind = ControlKind::number;
-    std::uint16_t length = 0;  ///< bytes of the value on the wire, little-endian
+    std::uint16_t length = 0;  ///< bytes of the value in a request, little-endian
     std::uint8_t info = infoGet | infoSet;
     Limits limits = {};
     int PictureState::*picture = nullptr;  ///< what it does to the picture; null: nothing

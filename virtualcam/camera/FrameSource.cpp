@@ -68,7 +68,7 @@ void FrameSource::deliver(const std::stop_token& stop, PictureSize size,
         if (wake != VideoPort::Wake::time)
             break;
         const PictureState state = camera_->nextPicture();
-        // The sink may hold on to a picture, so that each has memory of its own.
+        // The sink may hold on to earlier pictures, so each is drawn into memory of its own.
         const auto pixels = std::make_shared_for_overwrite<std::uint32_t[]>(count);
         generator->generate(state, index, {pixels.get(), count});
         sink.frame({size.width, size.height, [size, pixels](std::byte* target, int line) {

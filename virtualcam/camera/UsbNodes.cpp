@@ -10,7 +10,7 @@ namespace {
 using platform::UsbDevice;
 using platform::UsbInterface;
 
-// The interfaces by their class and subclass; those of audio are of Audio 1.0, A.1 and A.2.
+// The interfaces by their class and subclass; for audio see USB Audio 1.0, tables.
 constexpr UsbInterface::Descriptor videoControl{CC_VIDEO, SC_VIDEOCONTROL, 0, 0};
 constexpr UsbInterface::Descriptor videoStreaming{CC_VIDEO, SC_VIDEOSTREAMING, 0, 0};
 constexpr UsbInterface::Descriptor audioControl{1, 1, 0, 0};

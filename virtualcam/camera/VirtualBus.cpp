@@ -57,8 +57,8 @@ class Microphone : public CaptureDevice {
 
 /// What was plugged in together: a camera with its devices, or a microphone.
 struct VirtualBus::Attachment {
-    Plug plug;                                 // without a camera for a microphone of its own
-    std::shared_ptr<platform::UsbDevice> usb;  // null for a microphone of its own
+    Plug plug;                                 // without a camera for a microphone alone
+    std::shared_ptr<platform::UsbDevice> usb;  // null for a microphone alone
     std::vector<std::shared_ptr<CaptureDevice>> capture;
 
     bool isAttached() const { return plug.video->isAttached(); }

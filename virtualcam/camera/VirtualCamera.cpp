@@ -73,7 +73,7 @@ bool isLegal(const ControlRow& row, const std::array<std::int64_t, 2>& value) {
     }
 }
 
-/// The same field of both integers' limits.
+/// One of the limits, for both integers of a control.
 std::array<std::int64_t, 2> limit(const ControlRow& row, std::int32_t Limits::*field) {
     return {row.limits.*field, row.secondLimits.value_or(Limits{}).*field};
 }

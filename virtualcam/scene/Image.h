@@ -23,10 +23,11 @@ struct Image {
     std::vector<std::uint32_t> pixels;
 };
 
-/// Blurs `image` as a lens does that is out of focus by `radius` pixels; 0 leaves it.
+/// Blurs `image` as a lens does that is out of focus by `radius` pixels; with 0 it stays as it is.
 void blur(Image& image, int radius);
 
-/// Strengthens the fine detail by `amount`: 0 leaves the image, -1 takes the detail away.
+/// Strengthens the fine detail by `amount`: with 0 the image stays as it is, -1 takes the detail
+/// away.
 void sharpen(Image& image, double amount);
 
 }  // namespace virtualcam

@@ -15,7 +15,7 @@ struct Point {
     double y = 0;
 };
 
-/// How far it is over `dx` to the side and `dy` down.
+/// The length of a way that goes `dx` to the side and `dy` down.
 inline double length(double dx, double dy) {
     return std::sqrt(dx * dx + dy * dy);  // here std::hypot would be slow, and no more exact
 }

@@ -16,7 +16,8 @@
 namespace virtualcam {
 namespace {
 
-/// What of a picture lens and detail decide; while it stays, the scenery need not be drawn again.
+/// What the lens and the sharpness make of a picture. While it stays the same, the scenery need not
+/// be painted again.
 struct Optics {
     Viewport view;
     int blur = 0;        // pixels
@@ -49,7 +50,7 @@ Optics opticsOf(const PictureState& state, PictureSize size) {
 /// The lamp flickers with the mains at 60 Hz; unless the exposure keeps to that, each row catches
 /// another part of the flicker. Returns the brightness of row `y`.
 float flicker(const PictureState& state, std::uint64_t index, int y, int height) {
-    constexpr double bands = 4;  // two flickers in each cycle, thirty pictures a second
+    constexpr double bands = 4;  // 120 flickers in the time of 30 pictures
     if (state.powerLine == powerLine60Hz)
         return 1;
     const double depth = state.powerLine == powerLineDisabled ? 0.05 : 0.035;

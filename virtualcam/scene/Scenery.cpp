@@ -61,8 +61,7 @@ void paintHills(Painter& painter) {
         });
 }
 
-/// Bars of the colours that two or three of red, green and blue make, then of each of these, the
-/// bright ones first; below them a ramp of greys.
+/// The colour bars of a television test picture, from white to blue, and a ramp of greys below.
 void paintBars(Painter& painter, Point corner) {
     for (int bar = 0; bar < 7; ++bar) {
         const double left = corner.x + 20 * bar;
