@@ -2,19 +2,10 @@
 
 namespace virtualcam {
 
-namespace {
-
-/// Returns what is between two values; std::lerp would be slow, and no more exact here.
-double mix(double first, double second, double part) {
-    return first + (second - first) * part;
-}
-
-}  // namespace
-
 Colour between(const Colour& first, const Colour& second, double part) {
     const double p = std::clamp(part, 0.0, 1.0);
-    return {mix(first.red, second.red, p), mix(first.green, second.green, p),
-            mix(first.blue, second.blue, p)};
+    return {std::lerp(first.red, second.red, p), std::lerp(first.green, second.green, p),
+            std::lerp(first.blue, second.blue, p)};
 }
 
 double Box::distance(Point p) const {
@@ -57,7 +48,7 @@ void Painter::glow(const Ellipse& spot, const Colour& colour) {
 void Painter::lay(std::uint32_t& pixel, const Colour& colour, double cover) {
     const auto mixed = [&](unsigned shift, double value) {
         const auto under = static_cast<double>(pixel >> shift & 0xFFU);
-        const double result = mix(under, 255 * value, colour.alpha * cover);
+        const double result = std::lerp(under, 255 * value, colour.alpha * cover);
         return static_cast<std::uint32_t>(result + 0.5) << shift;
     };
     pixel = mixed(16, colour.red) | mixed(8, colour.green) | mixed(0, colour.blue);

@@ -35,11 +35,10 @@ double turned(int arcSeconds, double limit) {
 Optics opticsOf(const PictureState& state, PictureSize size) {
     constexpr int sharpestFocus = 160;
     constexpr int depthOfField = 48;
-    constexpr double unitsPerDegree = 10;
     const double zoom = 1 + 2 * state.zoom / 1000.0;
-    const double scale = size.width * zoom / 640;  // half of the landscape at the widest
-    const double x = 640 + turned(state.pan, 30) * unitsPerDegree;
-    const double y = 440 - turned(state.tilt, 20) * unitsPerDegree;
+    const double scale = size.width * zoom / 640;       // half of the landscape at the widest
+    const double x = 640 + 10 * turned(state.pan, 30);  // ten units are a degree
+    const double y = 440 - 10 * turned(state.tilt, 20);
     const int defocus = std::max(0, std::abs(state.focus - sharpestFocus) - depthOfField);
     const double sharpen = (state.sharpness - 9) / (state.sharpness < 9 ? 9.0 : 100.0);
     return {{x - size.width / scale / 2, y - size.height / scale / 2, scale},
@@ -50,11 +49,11 @@ Optics opticsOf(const PictureState& state, PictureSize size) {
 /// The lamp flickers with the mains at 60 Hz; unless the exposure keeps to that, each row catches
 /// another part of the flicker. Returns the brightness of row `y`.
 float flicker(const PictureState& state, std::uint64_t index, int y, int height) {
-    constexpr double bands = 4;  // 120 flickers in the time of 30 pictures
     if (state.powerLine == powerLine60Hz)
         return 1;
     const double depth = state.powerLine == powerLineDisabled ? 0.05 : 0.035;
-    const double phase = bands * y / height + 0.021 * static_cast<double>(index);
+    // 120 flickers in the time of 30 pictures.
+    const double phase = 4.0 * y / height + 0.021 * static_cast<double>(index);
     return static_cast<float>(1 - depth + depth * std::cos(2 * std::numbers::pi * phase));
 }
 

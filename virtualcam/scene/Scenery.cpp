@@ -119,7 +119,6 @@ void paintFace(Painter& painter, Point c) {
         painter.fill(Ellipse{eye, 10, 6.5}, paper);
         painter.fill(Ellipse{eye, 5.2, 5.2}, Colour{0.24, 0.42, 0.46});
         painter.fill(Ellipse{eye, 2.4, 2.4}, ink);
-        painter.fill(Ellipse{{eye.x + 1.6, eye.y - 2}, 1.3, 1.3}, paper);
         painter.fill(Line{{c.x + side * 10, c.y - 22}, {c.x + side * 30, c.y - 24}, 3.6}, hair);
         painter.glow({{c.x + side * 30, c.y + 18}, 17, 17}, {0.92, 0.44, 0.42, 0.45});
     }
