@@ -52,6 +52,7 @@ void expectAnswers(VirtualCamera& camera, RequestError reason,
 }
 
 TEST(RequestTest, EveryKindOfControlTakesItsOwnRequests) {
+    const std::string zeros = " 00 00 00 00 00 00";
     VirtualCamera camera(studioCamera());
     expectAnswers(
         camera, RequestError::none,
@@ -63,10 +64,9 @@ TEST(RequestTest, EveryKindOfControlTakesItsOwnRequests) {
          "a1 87 0500 0300 1 | 02",     // a choice: mains frequency
          "a1 84 0200 0100 1 | 09",     // bits: exposure mode
          "a1 87 0200 0100 1 | 08", "a1 85 0900 1000 2 | 18 00",  // a text: version
-         "a1 81 0900 1000 24 | 56 39 2e 32 2e 34 00 00 00 00 00 00"
-         " 00 00 00 00 00 00 00 00 00 00 00 00",
-         "a1 86 0900 1000 1 | 01", "a1 86 1700 1000 1 | 02",  // a trigger: restore
-         "a1 86 0200 0000 1 | 01"});                          // the reason itself
+         "a1 81 0900 1000 24 | 56 39 2e 32 2e 34" + zeros + zeros + zeros, "a1 86 0900 1000 1 | 01",
+         "a1 86 1700 1000 1 | 02",    // a trigger: restore
+         "a1 86 0200 0000 1 | 01"});  // the reason itself
     expectAnswers(camera, RequestError::invalidRequest,
                   {"a1 82 0b00 0300 1 !", "a1 83 0b00 0300 1 !", "a1 84 0b00 0300 1 !",
                    "a1 84 0500 0300 1 !", "a1 82 0200 0100 1 !", "a1 83 0200 0100 1 !",

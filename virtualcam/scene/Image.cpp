@@ -23,7 +23,8 @@ std::uint32_t join(const Channels& channels) {
 
 /// Replaces each of `count` pixels, `stride` apart, by the mean of those within `radius`. Beyond
 /// the ends, the pixel at the end counts again and again.
-void blurLine(std::uint32_t* line, int count, int stride, int radius, std::vector<Channels>& copy) {
+void blurLine(std::uint32_t* line, int count, std::ptrdiff_t stride, int radius,
+              std::vector<Channels>& copy) {
     copy.clear();
     for (int i = -radius; i <= count + radius; ++i)
         copy.push_back(split(line[std::clamp(i, 0, count - 1) * stride]));

@@ -38,8 +38,9 @@ void Noise::row(const PictureState& state, std::uint64_t index, int y, std::span
     for (std::size_t x = 0; x < line.size(); ++x) {
         const float noise = still * stillRun[x] + moving * movingRun[x];
         constexpr float limit = most - 1;
+        constexpr float zero = most + 0.5F;
         // A conversion cuts off towards zero: it rounds as long as nothing is below that.
-        line[x] = static_cast<int>(std::min(std::max(noise, -limit), limit) + most + 0.5F) - most;
+        line[x] = static_cast<int>(std::min(std::max(noise, -limit), limit) + zero) - most;
     }
 }
 

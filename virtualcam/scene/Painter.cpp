@@ -48,8 +48,10 @@ void Painter::glow(const Ellipse& spot, const Colour& colour) {
 void Painter::lay(std::uint32_t& pixel, const Colour& colour, double cover) {
     const auto mixed = [&](unsigned shift, double value) {
         const auto under = static_cast<double>(pixel >> shift & 0xFFU);
-        const double result = std::lerp(under, 255 * value, colour.alpha * cover);
-        return static_cast<std::uint32_t>(result + 0.5) << shift;
+        constexpr double half = 0.5;  // rounds faster than std::lround: nothing is below 0
+        return static_cast<std::uint32_t>(std::lerp(under, 255 * value, colour.alpha * cover) +
+                                          half)
+               << shift;
     };
     pixel = mixed(16, colour.red) | mixed(8, colour.green) | mixed(0, colour.blue);
 }

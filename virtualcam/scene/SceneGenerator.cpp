@@ -96,8 +96,8 @@ void SceneGenerator::develop(const std::uint32_t* light, const ColourProcess& co
     for (std::size_t x = 0; x < noiseLine_.size(); ++x) {
         const auto tone = [&](std::size_t channel) {
             const auto value = static_cast<int>(light[x] >> (16 - 8 * channel) & 0xFFU);
-            const auto at = static_cast<std::size_t>(value + noiseLine_[x] + Noise::most);
-            return bright * colours.curves[channel][at];
+            const int at = value + noiseLine_[x] + Noise::most;
+            return bright * colours.curves[channel][static_cast<std::size_t>(at)];
         };
         const float red = tone(0);
         const float green = tone(1);
@@ -123,7 +123,7 @@ void SceneGenerator::generate(const PictureState& state, std::uint64_t index,
     paintBalloon(painter, static_cast<double>(index) / framesPerSecond);
     for (int y = 0; y < size_.height; ++y) {
         const int row = state.flipVertical != 0 ? size_.height - 1 - y : y;
-        std::uint32_t* out = pixels.data() + row * size_.width;
+        std::uint32_t* out = &pixels[static_cast<std::size_t>(row * size_.width)];
         noise_.row(state, index, y, noiseLine_);
         develop(picture.row(y), colours, flicker(state, index, y, size_.height), out);
         if (state.flipHorizontal != 0)
