@@ -16,9 +16,9 @@ bool isDriversOwn(const virtualcam::RequestRecord& record) {
                                    static_cast<std::uint8_t>(record.wValue >> 8)};
     const auto& rows = virtualcam::studioControls();
     const auto row = std::ranges::find(rows, id, &virtualcam::ControlRow::id);
-    if (id.unit == virtualcam::kInterfaceUnit || row == rows.end())
+    if (id.unit == virtualcam::interfaceUnit || row == rows.end())
         return true;
-    const bool movesByItself = (row->info & virtualcam::kInfoAutoUpdate) != 0;
+    const bool movesByItself = (row->info & virtualcam::infoAutoUpdate) != 0;
     return id.unit != extensionUnitID && record.bRequest != SET_CUR &&
            (record.bRequest != GET_CUR || movesByItself);
 }
@@ -39,11 +39,6 @@ KernelWindow::~KernelWindow() {
 }
 
 PluggedCamera KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
-    // UVC counts the contrast without a sign (UVC 1.1, 4.2.2.3.3), and so does the kernel's driver;
-    // the built-in camera takes the window's whole range.
-    for (virtualcam::ControlRow& row : model.controls)
-        if (row.id == virtualcam::ControlId{3, PU_CONTRAST_CONTROL})
-            row.limits.minimum = 0;
     const int before = list("m_cbxDevice").count();
     PluggedCamera plugged{std::make_unique<UsbipCamera>(std::move(model), port)};
     EXPECT_TRUE(waitForCameras(before + 1));

@@ -105,7 +105,7 @@ TEST_F(Window, ACameraThatAnotherProgramShowsOrThatIsSilentForAWhileCanBeTuned) 
     EXPECT_EQ(shown("m_sliderBright"), "3");
 
     plugged.camera().setWait([](std::chrono::milliseconds) {});
-    plugged.camera().setFaults({.delay = virtualcam::kControlTimeout});
+    plugged.camera().setFaults({.delay = virtualcam::controlTimeout});
     moveSlider("m_sliderBright", 4);
     plugged.camera().setFaults({});
     moveSlider("m_sliderBright", 5);

@@ -8,17 +8,17 @@ namespace {
 using enum ControlKind;
 using Picture = PictureState;
 
-constexpr std::uint8_t kReadWrite = kInfoGet | kInfoSet;
-constexpr std::uint8_t kMovesByItself = kReadWrite | kInfoAutoUpdate;
-constexpr std::int32_t kDegree = 3600;  // arc seconds
+constexpr std::uint8_t readWrite = infoGet | infoSet;
+constexpr std::uint8_t movesByItself = readWrite | infoAutoUpdate;
+constexpr std::int32_t degree = 3600;  // arc seconds
 
-constexpr ControlId kAutoFocus{cameraTerminalID, CT_FOCUS_AUTO_CONTROL};
-constexpr ControlId kAeMode{cameraTerminalID, CT_AE_MODE_CONTROL};
-constexpr ControlId kAutoWhite{processingUnitID, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL};
+constexpr ControlId autoFocusID{cameraTerminalID, CT_FOCUS_AUTO_CONTROL};
+constexpr ControlId aeModeID{cameraTerminalID, CT_AE_MODE_CONTROL};
+constexpr ControlId autoWhiteID{processingUnitID, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL};
 
-constexpr Automatic kFollowsFocus{kAutoFocus, 1, 160, 12, 16};
-constexpr Automatic kFollowsLight{kAeMode, 8, 167, 12, 6};
-constexpr Automatic kFollowsColour{kAutoWhite, 1, 5200, 180, 40};
+constexpr Automatic followsFocus{autoFocusID, 1, 160, 12, 16};
+constexpr Automatic followsLight{aeModeID, exposureAperturePriority, 167, 12, 6};
+constexpr Automatic followsColour{autoWhiteID, 1, 5200, 180, 40};
 
 // Limits are {minimum, maximum, resolution, default}; the comment gives the unit.
 std::vector<ControlRow> cameraTerminal() {
@@ -27,51 +27,52 @@ std::vector<ControlRow> cameraTerminal() {
         return ControlRow{{cameraTerminalID, selector}, kind, length, info, limits, picture};
     };
     auto zoom =  // lens position, one to three times
-        row(CT_ZOOM_ABSOLUTE_CONTROL, number, 2, kReadWrite, {0, 1000, 1, 0}, &Picture::zoom);
+        row(CT_ZOOM_ABSOLUTE_CONTROL, number, 2, readWrite, {0, 1000, 1, 0}, &Picture::zoom);
     auto focus =  // lens position
-        row(CT_FOCUS_ABSOLUTE_CONTROL, number, 2, kMovesByItself, {0, 1023, 1, 160},
+        row(CT_FOCUS_ABSOLUTE_CONTROL, number, 2, movesByItself, {0, 1023, 1, 160},
             &Picture::focus);
-    focus.automatic = kFollowsFocus;
+    focus.automatic = followsFocus;
     auto autoFocus =  // switch
-        row(CT_FOCUS_AUTO_CONTROL, boolean, 1, kReadWrite, {0, 1, 1, 1}, nullptr);
-    auto aeMode =  // bits: 1 manual, 8 aperture priority
-        row(CT_AE_MODE_CONTROL, bitmap, 1, kReadWrite, {1, 8, 1 | 8, 8}, nullptr);
+        row(CT_FOCUS_AUTO_CONTROL, boolean, 1, readWrite, {0, 1, 1, 1}, nullptr);
+    auto aeMode =  // see `AutoExposureMode`
+        row(CT_AE_MODE_CONTROL, bitmap, 1, readWrite,
+            {0, 0, exposureManual | exposureAperturePriority, exposureAperturePriority}, nullptr);
     auto exposure =  // 100 microseconds; a picture lasts 333
-        row(CT_EXPOSURE_TIME_ABSOLUTE_CONTROL, number, 4, kMovesByItself, {1, 333, 1, 167},
+        row(CT_EXPOSURE_TIME_ABSOLUTE_CONTROL, number, 4, movesByItself, {1, 333, 1, 167},
             &Picture::exposureTime);
-    exposure.automatic = kFollowsLight;
+    exposure.automatic = followsLight;
     auto panTilt =  // arc seconds; the motors stop at whole degrees
-        row(CT_PANTILT_ABSOLUTE_CONTROL, number, 8, kReadWrite,
-            {-180 * kDegree, 180 * kDegree, kDegree, 0}, &Picture::pan);
-    panTilt.secondLimits = {-180 * kDegree, 180 * kDegree, kDegree, 0};
+        row(CT_PANTILT_ABSOLUTE_CONTROL, number, 8, readWrite,
+            {-180 * degree, 180 * degree, degree, 0}, &Picture::pan);
+    panTilt.secondLimits = {-180 * degree, 180 * degree, degree, 0};
     panTilt.secondPicture = &Picture::tilt;
     return {zoom, focus, autoFocus, aeMode, exposure, panTilt};
 }
 
 std::vector<ControlRow> processingUnit() {
     const auto level = [](std::uint8_t selector, Limits limits, int Picture::*picture) {
-        return ControlRow{{processingUnitID, selector}, number, 2, kReadWrite, limits, picture};
+        return ControlRow{{processingUnitID, selector}, number, 2, readWrite, limits, picture};
     };
     auto temperature =  // kelvin
         level(PU_WHITE_BALANCE_TEMPERATURE_CONTROL, {2000, 10000, 1, 6500}, &Picture::whiteBalance);
-    temperature.info = kMovesByItself;
-    temperature.automatic = kFollowsColour;
+    temperature.info = movesByItself;
+    temperature.automatic = followsColour;
     return {
         level(PU_BRIGHTNESS_CONTROL, {-255, 255, 1, 7}, &Picture::brightness),  // level
-        level(PU_CONTRAST_CONTROL, {-255, 255, 1, 7}, &Picture::contrast),      // level
+        level(PU_CONTRAST_CONTROL, {0, 255, 1, 7}, &Picture::contrast),         // level
         level(PU_HUE_CONTROL, {-180, 180, 1, 7}, &Picture::hue),                // degrees
         level(PU_SATURATION_CONTROL, {0, 255, 1, 100}, &Picture::saturation),   // per cent
         level(PU_SHARPNESS_CONTROL, {0, 255, 1, 9}, &Picture::sharpness),       // steps
         level(PU_GAMMA_CONTROL, {1, 500, 1, 238}, &Picture::gamma),             // hundredths
         temperature,
-        {kAutoWhite, boolean, 1, kReadWrite, {0, 1, 1, 1}, &Picture::autoWhiteBalance},
+        {autoWhiteID, boolean, 1, readWrite, {0, 1, 1, 1}, &Picture::autoWhiteBalance},
         level(PU_BACKLIGHT_COMPENSATION_CONTROL, {0, 10, 1, 0}, &Picture::backlight),  // steps
         level(PU_GAIN_CONTROL, {0, 255, 1, 6}, &Picture::gain),                        // steps
-        {{processingUnitID, PU_POWER_LINE_FREQUENCY_CONTROL},  // 0 off, 1 50 Hz, 2 60 Hz
+        {{processingUnitID, PU_POWER_LINE_FREQUENCY_CONTROL},  // see `PowerLineFrequency`
          choice,
          1,
-         kReadWrite,
-         {0, 2, 1, 2},
+         readWrite,
+         {powerLineDisabled, powerLine60Hz, 1, powerLine60Hz},
          &Picture::powerLine},
     };
 }
@@ -79,14 +80,14 @@ std::vector<ControlRow> processingUnit() {
 std::vector<ControlRow> vendorUnit() {
     const auto level = [](std::uint8_t selector, std::uint16_t length, Limits limits,
                           int Picture::*picture) {
-        return ControlRow{{extensionUnitID, selector}, number, length, kReadWrite, limits, picture};
+        return ControlRow{{extensionUnitID, selector}, number, length, readWrite, limits, picture};
     };
     auto style = level(XU_STYLE, 1, {0, 6, 1, 0}, &Picture::style);  // preset
     style.vendorDefault = 6;
     return {
         level(XU_NR2D, 1, {0, 6, 1, 3}, &Picture::noiseReduction2D),  // steps
         level(XU_NR3D, 1, {0, 8, 1, 4}, &Picture::noiseReduction3D),  // steps
-        {{extensionUnitID, XU_VERSION}, text, 24, kInfoGet},
+        {{extensionUnitID, XU_VERSION}, text, 24, infoGet},
         level(XU_COMP_SWITCH, 1, {0, 1, 1, 1}, &Picture::exposureCompensationOff),  // 0 is on
         level(XU_COMP_VALUE, 2, {-7, 7, 1, 0}, &Picture::exposureCompensation),     // 1/5 stop
         level(XU_DRC, 2, {0, 8, 1, 0}, &Picture::dynamicRange),                     // steps
@@ -94,7 +95,7 @@ std::vector<ControlRow> vendorUnit() {
         level(XU_BGAIN, 2, {-10, 10, 1, 0}, &Picture::blueGain),  // 4 %
         level(XU_RGAIN, 2, {-10, 10, 1, 0}, &Picture::redGain),   // 4 %
         level(XU_H264_SWITCH, 1, {0, 1, 1, 1}, nullptr),          // switch
-        {{extensionUnitID, XU_RESTORE}, trigger, 1, kInfoSet},
+        {{extensionUnitID, XU_RESTORE}, trigger, 1, infoSet},
         level(XU_FLIP_V, 1, {0, 1, 1, 0}, &Picture::flipVertical),    // switch
         level(XU_FLIP_H, 1, {0, 1, 1, 0}, &Picture::flipHorizontal),  // switch
         level(XU_AUDIO_SWITCH, 1, {0, 1, 1, 0}, nullptr),             // switch

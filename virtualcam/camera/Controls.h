@@ -13,17 +13,17 @@
 namespace virtualcam {
 
 /// The entity id of the video-control interface itself.
-inline constexpr std::uint8_t kInterfaceUnit = 0;
+inline constexpr std::uint8_t interfaceUnit = 0;
 
 /// Control selectors of the interface (UVC 1.1, table A-11).
 inline constexpr std::uint8_t VC_REQUEST_ERROR_CODE_CONTROL = 2;
 
 /// Bits of a GET_INFO answer (UVC 1.1, table 4-3).
 enum Info : std::uint8_t {
-    kInfoGet = 0x01,         ///< value reads are supported
-    kInfoSet = 0x02,         ///< value writes are supported
-    kInfoDisabled = 0x04,    ///< an automatic mode holds the control just now
-    kInfoAutoUpdate = 0x08,  ///< the value changes by itself
+    infoGet = 0x01,         ///< value reads are supported
+    infoSet = 0x02,         ///< value writes are supported
+    infoDisabled = 0x04,    ///< an automatic mode holds the control just now
+    infoAutoUpdate = 0x08,  ///< the value changes by itself
 };
 
 /// Names one control of the camera.
@@ -68,8 +68,8 @@ struct Automatic {
 struct ControlRow {
     ControlId id;
     ControlKind kind = ControlKind::number;
-    std::uint16_t length = 0;  ///< bytes of the value on the wire, little-endian
-    std::uint8_t info = kInfoGet | kInfoSet;
+    std::uint16_t length = 0;  ///< bytes of the value in a request, little-endian
+    std::uint8_t info = infoGet | infoSet;
     Limits limits = {};
     int PictureState::*picture = nullptr;  ///< what it does to the picture; null: nothing
     /// What XU_RESTORE sets, where that is not what GET_DEF answers.
@@ -78,8 +78,6 @@ struct ControlRow {
     /// The second integer of a control of two (tilt beside pan); each takes half of `length`.
     std::optional<Limits> secondLimits = std::nullopt;
     int PictureState::*secondPicture = nullptr;
-
-    bool isSigned() const { return limits.minimum < 0; }
 };
 
 /// Every control of a camera that lacks nothing.

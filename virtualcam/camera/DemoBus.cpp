@@ -10,12 +10,10 @@ CameraModel classicCamera() {
     return {"Quelvo Classic Camera", 0xe7a1, 0x1c05, 0x14300000, "1.0.5", classicControls()};
 }
 
-DemoBus::DemoBus()
-    : studio_(std::make_shared<VirtualCamera>(studioCamera())),
-      classic_(std::make_shared<VirtualCamera>(classicCamera())) {
-    plug(studio_);
+DemoBus::DemoBus() {
+    plug(std::make_shared<VirtualCamera>(studioCamera()));
     plugMicrophone("0x14400000e7a10a0d", "Quelvo Desk Microphone");
-    plug(classic_);
+    plug(std::make_shared<VirtualCamera>(classicCamera()));
 }
 
 }  // namespace virtualcam

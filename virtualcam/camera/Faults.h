@@ -17,11 +17,11 @@ struct Faults {
     /// Controls whose every request is stalled.
     std::set<ControlId> stalled = {};
     /// Controls of another length than their row's, in bytes: what GET_LEN answers for them, and
-    /// what their values take on the wire.
+    /// how long their values then are in a request.
     std::map<ControlId, std::uint16_t> lengths = {};
     /// Controls whose reads of the value end after so many bytes, the rest missing.
     std::map<ControlId, std::uint16_t> shortReads = {};
-    /// How late each answer comes. From `kControlTimeout` on, no answer comes at all (ETIMEDOUT).
+    /// How late each answer comes. From `controlTimeout` on, no answer comes at all (ETIMEDOUT).
     std::chrono::milliseconds delay{0};
     /// How many requests are still answered before the camera falls off the bus.
     std::optional<unsigned> vanishesAfter = std::nullopt;

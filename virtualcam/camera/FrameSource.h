@@ -11,7 +11,7 @@
 
 namespace virtualcam {
 
-/// Delivers a camera's pictures on a thread of its own, `kFramesPerSecond` of them.
+/// Delivers a camera's pictures on a thread of its own, `framesPerSecond` of them.
 class FrameSource : public platform::VideoSource {
   public:
     FrameSource(std::shared_ptr<VirtualCamera> camera, std::shared_ptr<VideoPort> port);
@@ -23,8 +23,6 @@ class FrameSource : public platform::VideoSource {
     void stop() override;
 
   private:
-    class Pool;
-
     void deliver(const std::stop_token& stop, PictureSize size, platform::VideoSink& sink);
 
     std::shared_ptr<VirtualCamera> camera_;

@@ -10,11 +10,11 @@ namespace {
 using platform::UsbDevice;
 using platform::UsbInterface;
 
-// The interfaces by their class and subclass; those of audio are of Audio 1.0, A.1 and A.2.
-constexpr UsbInterface::Descriptor kVideoControl{CC_VIDEO, SC_VIDEOCONTROL, 0, 0};
-constexpr UsbInterface::Descriptor kVideoStreaming{CC_VIDEO, SC_VIDEOSTREAMING, 0, 0};
-constexpr UsbInterface::Descriptor kAudioControl{1, 1, 0, 0};
-constexpr UsbInterface::Descriptor kAudioStreaming{1, 2, 0, 0};
+// The interfaces by their class and subclass; for audio see USB Audio 1.0, tables.
+constexpr UsbInterface::Descriptor videoControl{CC_VIDEO, SC_VIDEOCONTROL, 0, 0};
+constexpr UsbInterface::Descriptor videoStreaming{CC_VIDEO, SC_VIDEOSTREAMING, 0, 0};
+constexpr UsbInterface::Descriptor audioControl{1, 1, 0, 0};
+constexpr UsbInterface::Descriptor audioStreaming{1, 2, 0, 0};
 
 /// What a step returns: the device is gone, or the fault that is set for the step, or success.
 IOReturn step(const Plug& plug, IOReturn Faults::*fault) {
@@ -87,11 +87,11 @@ class CameraUsbDevice : public UsbDevice {
             found.push_back(std::make_shared<CameraInterface>(plug_, descriptor, opened));
         };
         if (!plug_.camera->faults().noVideoControl)
-            add(kVideoControl, controlOpened_);
-        add(kVideoStreaming, videoOpened_);
-        if (plug_.camera->streams().audio) {
-            add(kAudioControl, std::make_shared<std::atomic<bool>>(false));
-            add(kAudioStreaming, std::make_shared<std::atomic<bool>>(false));
+            add(videoControl, controlOpened_);
+        add(videoStreaming, videoOpened_);
+        if (plug_.camera->hasAudio()) {
+            add(audioControl, std::make_shared<std::atomic<bool>>(false));
+            add(audioStreaming, std::make_shared<std::atomic<bool>>(false));
         }
         return kIOReturnSuccess;
     }

@@ -16,11 +16,6 @@ void VideoPort::release() {
     claimed_ = false;
 }
 
-bool VideoPort::isClaimed() const {
-    const std::lock_guard lock(mutex_);
-    return claimed_;
-}
-
 bool VideoPort::fail(const std::string& reason) {
     const std::lock_guard lock(mutex_);
     if (!claimed_)

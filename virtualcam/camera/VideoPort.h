@@ -14,7 +14,6 @@ class VideoPort {
     /// Takes the port for a running source: false when another one has it.
     bool claim();
     void release();
-    bool isClaimed() const;
 
     /// Ends the pictures of the source that runs, with `reason`; false when none runs.
     bool fail(const std::string& reason);

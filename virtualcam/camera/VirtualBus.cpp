@@ -25,8 +25,6 @@ class CameraCaptureDevice : public CaptureDevice {
         error = plug_.camera->faults().videoOpen;
         if (!plug_.video->isAttached())
             error = "The camera has been unplugged.";
-        else if (plug_.video->isClaimed())
-            error = "The camera is in use by another program.";
         if (!error.empty())
             return nullptr;
         return std::make_unique<FrameSource>(plug_.camera, plug_.video);
@@ -58,10 +56,9 @@ class Microphone : public CaptureDevice {
 }  // namespace
 
 /// What was plugged in together: a camera with its devices, or a microphone.
-class Attachment {
-  public:
-    Plug plug;                                 // without a camera for a microphone of its own
-    std::shared_ptr<platform::UsbDevice> usb;  // null for a microphone of its own
+struct VirtualBus::Attachment {
+    Plug plug;                                 // without a camera for a microphone alone
+    std::shared_ptr<platform::UsbDevice> usb;  // null for a microphone alone
     std::vector<std::shared_ptr<CaptureDevice>> capture;
 
     bool isAttached() const { return plug.video->isAttached(); }
@@ -96,17 +93,7 @@ class VirtualBus::CaptureSide : public platform::CaptureBackend {
     }
 
     void setListener(platform::CaptureListener* listener) override { listener_ = listener; }
-
-    void announceLeft(const Attachment& attachment) const {
-        for (const auto& device : attachment.capture)
-            if (listener_ != nullptr)
-                listener_->left(device);
-    }
-
-    void announceArrived(const std::shared_ptr<CaptureDevice>& device) const {
-        if (listener_ != nullptr)
-            listener_->arrived(device);
-    }
+    platform::CaptureListener* listener() const { return listener_; }
 
   private:
     const VirtualBus& bus_;
@@ -140,7 +127,7 @@ void VirtualBus::plug(const std::shared_ptr<VirtualCamera>& camera) {
     attachment->usb = makeUsbDevice(attachment->plug);
     attachments_.push_back(attachment);
     add(*attachment, std::make_shared<CameraCaptureDevice>(attachment->plug));
-    if (camera->streams().audio) {
+    if (camera->hasAudio()) {
         const CameraModel& model = camera->model();
         add(*attachment, std::make_shared<Microphone>(uniqueIDOf(model) + ":audio", model.name));
     }
@@ -176,7 +163,8 @@ bool VirtualBus::failVideo(const std::shared_ptr<VirtualCamera>& camera,
     return attachment && attachment->plug.video->fail(reason);
 }
 
-std::shared_ptr<Attachment> VirtualBus::find(const std::shared_ptr<VirtualCamera>& camera) const {
+std::shared_ptr<VirtualBus::Attachment> VirtualBus::find(
+    const std::shared_ptr<VirtualCamera>& camera) const {
     const auto found = std::ranges::find_if(
         attachments_, [&](const auto& attachment) { return attachment->plug.camera == camera; });
     return found == attachments_.end() ? nullptr : *found;
@@ -185,7 +173,8 @@ std::shared_ptr<Attachment> VirtualBus::find(const std::shared_ptr<VirtualCamera
 /// A device is in the list, or still to be announced: it enters the list just before that.
 void VirtualBus::add(Attachment& attachment, std::shared_ptr<CaptureDevice> device) {
     attachment.capture.push_back(std::move(device));
-    capture_->announceArrived(attachment.capture.back());
+    if (capture_->listener() != nullptr)
+        capture_->listener()->arrived(attachment.capture.back());
 }
 
 void VirtualBus::remove(const std::shared_ptr<Attachment>& attachment) {
@@ -193,7 +182,9 @@ void VirtualBus::remove(const std::shared_ptr<Attachment>& attachment) {
         return;
     detach(*attachment);
     std::erase(attachments_, attachment);
-    capture_->announceLeft(*attachment);
+    for (const auto& device : attachment->capture)
+        if (capture_->listener() != nullptr)
+            capture_->listener()->left(device);
 }
 
 /// From here on no handle reaches the camera, and a running picture has failed.

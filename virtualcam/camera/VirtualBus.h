@@ -10,8 +10,6 @@
 
 namespace virtualcam {
 
-class Attachment;
-
 /// A bus that virtual cameras and microphones are plugged into: the back ends for both the USB
 /// devices and the capture devices. Main thread only, except where noted.
 class VirtualBus {
@@ -31,7 +29,7 @@ class VirtualBus {
     /// own microphone when its audio stream is in force. A camera is plugged in at most once.
     void plug(const std::shared_ptr<VirtualCamera>& camera);
 
-    /// Plugs in a microphone of its own.
+    /// Plugs in a microphone that belongs to no camera; there is no way to pull it out again.
     void plugMicrophone(const std::string& uniqueID, const std::string& name);
 
     /// Pulls `camera` out: its handles are dead (ENODEV) and a running picture fails before the
@@ -49,6 +47,7 @@ class VirtualBus {
     bool failVideo(const std::shared_ptr<VirtualCamera>& camera, const std::string& reason);
 
   private:
+    struct Attachment;
     class UsbSide;
     class CaptureSide;
 

@@ -1,36 +1,46 @@
 #include "virtualcam/camera/VirtualCamera.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cmath>
 #include <numbers>
 #include <thread>
 #include <utility>
 
+#include "platform/ByteOrder.h"
+
 namespace virtualcam {
 namespace {
 
-constexpr std::size_t kRecordsKept = 4096;
-constexpr double kScenePeriod = 240;  // pictures until the light of the scene repeats
+constexpr std::size_t recordsKept = 4096;
+constexpr double scenePeriod = 240;  // pictures until the light of the scene repeats
 
-constexpr ControlId kH264Switch{extensionUnitID, XU_H264_SWITCH};
-constexpr ControlId kAudioSwitch{extensionUnitID, XU_AUDIO_SWITCH};
-
-/// Copies an answer to where the host has room for it; more than the room is not sent.
 void reply(IOUSBDevRequest& request, std::span<const std::uint8_t> answer) {
-    const std::size_t count = std::min<std::size_t>(answer.size(), request.wLength);
-    if (count > 0)
-        std::copy_n(answer.begin(), count, static_cast<std::uint8_t*>(request.pData));
-    request.wLenDone = static_cast<std::uint32_t>(count);
+    std::ranges::copy(answer, static_cast<std::uint8_t*>(request.pData));
+    request.wLenDone = static_cast<std::uint32_t>(answer.size());
 }
 
-/// Which requests beside GET_INFO a control of the kind takes (UVC 1.1, 4.2.2).
+RequestRecord recordOf(const IOUSBDevRequest& request, IOReturn result) {
+    const bool read = (request.bmRequestType & 0x80U) != 0;
+    const std::uint32_t count = read ? request.wLenDone : request.wLength;
+    const auto* bytes = static_cast<const std::uint8_t*>(request.pData);
+    return {request.bmRequestType,
+            request.bRequest,
+            request.wValue,
+            request.wIndex,
+            request.wLength,
+            std::vector<std::uint8_t>(bytes, bytes + count),
+            result};
+}
+
+/// Whether a control takes a request, which depends on what kind of control it is (UVC 1.1, 4.2.2).
 bool takes(const ControlRow& row, std::uint8_t request) {
     switch (request) {
         case SET_CUR:
-            return (row.info & kInfoSet) != 0;
+            return (row.info & infoSet) != 0;
         case GET_CUR:
-            return (row.info & kInfoGet) != 0;
+            return (row.info & infoGet) != 0;
         case GET_MIN:
         case GET_MAX:
             return row.kind == ControlKind::number;
@@ -40,53 +50,42 @@ bool takes(const ControlRow& row, std::uint8_t request) {
             return row.kind != ControlKind::text && row.kind != ControlKind::trigger;
         case GET_LEN:
             return row.id.unit == extensionUnitID;  // the lengths of the others are standard
-        case GET_INFO:
-            return true;
         default:
-            return false;
+            return request == GET_INFO;
     }
 }
 
-bool isLegal(const Limits& limits, std::int32_t value) {
+bool isLegal(const Limits& limits, std::int64_t value) {
     return value >= limits.minimum && value <= limits.maximum &&
-           (std::int64_t{value} - limits.minimum) % limits.resolution == 0;
+           (value - limits.minimum) % limits.resolution == 0;
 }
 
-bool isLegal(const ControlRow& row, const std::array<std::int32_t, 2>& value) {
+bool isLegal(const ControlRow& row, const std::array<std::int64_t, 2>& value) {
     switch (row.kind) {
-        case ControlKind::bitmap: {
-            const auto bits = static_cast<std::uint32_t>(value[0]);
-            const auto supported = static_cast<std::uint32_t>(row.limits.resolution);
-            return bits != 0 && (bits & (bits - 1)) == 0 && (bits & ~supported) == 0;
-        }
+        case ControlKind::bitmap:
+            return std::has_single_bit(static_cast<std::uint64_t>(value[0])) &&
+                   (value[0] & ~row.limits.resolution) == 0;
         case ControlKind::trigger:
             return value[0] == 1;
         default:
             return isLegal(row.limits, value[0]) &&
-                   (!row.secondLimits || isLegal(*row.secondLimits, value[1]));
+                   isLegal(row.secondLimits.value_or(Limits{}), value[1]);
     }
 }
 
-/// The same field of both integers' limits.
-std::array<std::int32_t, 2> limit(const ControlRow& row, std::int32_t Limits::*field) {
-    return {row.limits.*field, row.secondLimits ? (*row.secondLimits).*field : 0};
+/// One of the limits, for both integers of a control.
+std::array<std::int64_t, 2> limit(const ControlRow& row, std::int32_t Limits::*field) {
+    return {row.limits.*field, row.secondLimits.value_or(Limits{}).*field};
 }
 
-/// Appends one integer in `count` bytes, little-endian, widened with its sign.
-void append(std::vector<std::uint8_t>& bytes, std::int64_t value, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(value >> std::min<std::size_t>(8 * i, 63)));
+/// How many of `size` bytes the first integer of a control takes.
+std::size_t firstPart(const ControlRow& row, std::size_t size) {
+    return row.secondLimits ? size / 2 : size;
 }
 
-std::int32_t integer(std::span<const std::uint8_t> bytes, bool isSigned) {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < bytes.size() && i < sizeof(value); ++i)
-        value |= std::uint64_t{bytes[i]} << (8 * i);
-    const std::size_t bits = 8 * std::min(bytes.size(), sizeof(value));
-    if (isSigned && bits > 0 && bits < 64 && (value >> (bits - 1)) != 0)
-        value |= ~std::uint64_t{0} << bits;
-    const auto wide = static_cast<std::int64_t>(value);
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(wide, INT32_MIN, INT32_MAX));
+std::int64_t decode(std::span<const std::uint8_t> bytes, const Limits& limits) {
+    const auto value = static_cast<std::int64_t>(littleEndian(bytes));
+    return limits.minimum < 0 ? signedLittleEndian(bytes) : value;
 }
 
 }  // namespace
@@ -103,50 +102,37 @@ IOReturn VirtualCamera::controlRequest(IOUSBDevRequest& request) {
     request.wLenDone = 0;
     if (vanishNow())
         return ENODEV;
-    std::function<void(std::chrono::milliseconds)> wait;
-    std::chrono::milliseconds delay{0};
-    {
-        const std::lock_guard lock(mutex_);
-        wait = wait_;
-        delay = std::min(faults_.delay, kControlTimeout);
-    }
-    if (delay.count() > 0)
+    std::unique_lock lock(mutex_);
+    const auto delay = std::min(faults_.delay, controlTimeout);
+    if (delay.count() > 0) {
+        const auto wait = wait_;
+        lock.unlock();
         wait(delay);
-
-    const std::lock_guard lock(mutex_);
-    IOReturn result = kIOReturnSuccess;
-    if (gone_) {
-        result = ENODEV;
-    } else if (delay >= kControlTimeout) {
-        result = ETIMEDOUT;
-    } else if (request.bmRequestType == requestFromInterface && request.wIndex == kInterfaceUnit) {
-        result = answerErrorCode(request) == RequestError::none ? kIOReturnSuccess : EPIPE;
-    } else {
-        lastError_ = answer(request);
-        result = lastError_ == RequestError::none ? kIOReturnSuccess : EPIPE;
+        lock.lock();
+    }
+    IOReturn result = ETIMEDOUT;
+    if (delay < controlTimeout) {
+        const bool asksWhy =
+            request.bmRequestType == requestFromInterface && request.wIndex == interfaceUnit;
+        const RequestError error = asksWhy ? answerErrorCode(request) : answer(request);
+        if (!asksWhy || error != RequestError::none)
+            lastError_ = error;  // to ask why does not change the answer
+        result = error == RequestError::none ? kIOReturnSuccess : EPIPE;
     }
     requests_.push_back(recordOf(request, result));
-    if (requests_.size() > kRecordsKept)
+    if (requests_.size() > recordsKept)
         requests_.pop_front();
     return result;
 }
 
 /// Counts down to the camera's fall off the bus; true from then on.
 bool VirtualCamera::vanishNow() {
-    std::function<void()> tell;
-    {
-        const std::lock_guard lock(mutex_);
-        if (gone_)
-            return true;
-        if (!faults_.vanishesAfter)
-            return false;
-        if (*faults_.vanishesAfter > 0) {
-            --*faults_.vanishesAfter;
-            return false;
-        }
-        gone_ = true;
-        tell = vanished_;
-    }
+    std::unique_lock lock(mutex_);
+    if (gone_ || !faults_.vanishesAfter || (*faults_.vanishesAfter)-- > 0)
+        return gone_;
+    gone_ = true;
+    const auto tell = vanished_;
+    lock.unlock();
     if (tell)
         tell();
     return true;
@@ -170,48 +156,26 @@ RequestError VirtualCamera::answer(IOUSBDevRequest& request) {
         return RequestError::unknown;
     if (!takes(*row, request.bRequest) || (request.bRequest == SET_CUR) == read)
         return RequestError::invalidRequest;
-    const auto index = static_cast<std::size_t>(row - rows.begin());
-    return read ? this->read(*row, index, request) : write(*row, index, request);
+    Value& value = values_[static_cast<std::size_t>(row - rows.begin())];
+    return read ? this->read(*row, value, request) : write(*row, value, request);
 }
 
-/// The interface tells why it stalled last; asking does not change the answer.
-RequestError VirtualCamera::answerErrorCode(IOUSBDevRequest& request) {
+/// The interface tells why it stalled last.
+RequestError VirtualCamera::answerErrorCode(IOUSBDevRequest& request) const {
     if (request.wValue != VC_REQUEST_ERROR_CODE_CONTROL << 8 || request.wLength < 1)
-        return lastError_ = RequestError::invalidControl;
-    std::uint8_t answer = kInfoGet;
+        return RequestError::invalidControl;
+    if (request.bRequest != GET_CUR && request.bRequest != GET_INFO)
+        return RequestError::invalidRequest;
+    std::uint8_t answer = infoGet;
     if (request.bRequest == GET_CUR)
         answer = static_cast<std::uint8_t>(lastError_);
-    else if (request.bRequest != GET_INFO)
-        return lastError_ = RequestError::invalidRequest;
     reply(request, {&answer, 1});
     return RequestError::none;
 }
 
-RequestError VirtualCamera::read(const ControlRow& row, std::size_t index,
-                                 IOUSBDevRequest& request) {
-    std::vector<std::uint8_t> bytes;
-    switch (request.bRequest) {
-        case GET_LEN:
-            append(bytes, lengthOf(row), 2);
-            break;
-        case GET_INFO:
-            append(bytes, row.info | (isHeld(row) ? kInfoDisabled : 0), 1);
-            break;
-        case GET_MIN:
-            bytes = encode(row, limit(row, &Limits::minimum));
-            break;
-        case GET_MAX:
-            bytes = encode(row, limit(row, &Limits::maximum));
-            break;
-        case GET_RES:
-            bytes = encode(row, limit(row, &Limits::resolution));
-            break;
-        case GET_DEF:
-            bytes = encode(row, limit(row, &Limits::standard));
-            break;
-        default:
-            bytes = encode(row, values_[index]);
-    }
+RequestError VirtualCamera::read(const ControlRow& row, const Value& value,
+                                 IOUSBDevRequest& request) const {
+    Bytes bytes = replyTo(request.bRequest, row, value);
     if (request.wLength < bytes.size())
         return RequestError::invalidRequest;  // a value is never sent in part
     const auto cut = faults_.shortReads.find(row.id);
@@ -221,20 +185,46 @@ RequestError VirtualCamera::read(const ControlRow& row, std::size_t index,
     return RequestError::none;
 }
 
-RequestError VirtualCamera::write(const ControlRow& row, std::size_t index,
+VirtualCamera::Bytes VirtualCamera::replyTo(std::uint8_t request, const ControlRow& row,
+                                            const Value& value) const {
+    const auto limits = [&](std::int32_t Limits::*field) { return encode(row, limit(row, field)); };
+    Bytes length(lengthReplySize);
+    switch (request) {
+        case GET_LEN:
+            putLittleEndian(lengthOf(row), length);
+            return length;
+        case GET_INFO:
+            return {static_cast<std::uint8_t>(row.info | (isHeld(row) ? infoDisabled : 0))};
+        case GET_MIN:
+            return limits(&Limits::minimum);
+        case GET_MAX:
+            return limits(&Limits::maximum);
+        case GET_RES:
+            return limits(&Limits::resolution);
+        case GET_DEF:
+            return limits(&Limits::standard);
+        default:
+            return encode(row, value);
+    }
+}
+
+RequestError VirtualCamera::write(const ControlRow& row, Value& value,
                                   const IOUSBDevRequest& request) {
-    if (request.wLength != lengthOf(row) || request.wLength == 0 || request.pData == nullptr)
+    const std::size_t length = request.wLength;
+    if (length != lengthOf(row) || length == 0 || length > sizeof(std::uint64_t))
         return RequestError::invalidRequest;
-    const Value value =
-        decode(row, {static_cast<const std::uint8_t*>(request.pData), request.wLength});
     if (isHeld(row))
         return RequestError::wrongState;
-    if (!isLegal(row, value))
+    const std::span bytes(static_cast<const std::uint8_t*>(request.pData), length);
+    const std::size_t first = firstPart(row, length);
+    const Value wanted{decode(bytes.first(first), row.limits),
+                       decode(bytes.subspan(first), row.secondLimits.value_or(Limits{}))};
+    if (!isLegal(row, wanted))
         return RequestError::outOfRange;
     if (row.kind == ControlKind::trigger)
         restoreVendorDefaults();
     else
-        values_[index] = value;
+        value = wanted;
     return RequestError::none;
 }
 
@@ -242,8 +232,7 @@ void VirtualCamera::restoreVendorDefaults() {
     for (std::size_t i = 0; i < values_.size(); ++i) {
         const ControlRow& row = model_.controls[i];
         values_[i] = limit(row, &Limits::standard);
-        if (row.vendorDefault)
-            values_[i][0] = *row.vendorDefault;
+        values_[i][0] = row.vendorDefault.value_or(row.limits.standard);
     }
 }
 
@@ -283,12 +272,12 @@ void VirtualCamera::powerOn() {
         faults_.vanishesAfter.reset();
     lastError_ = RequestError::none;
     pictures_ = 0;
-    streams_ = {isSet(kH264Switch), isSet(kAudioSwitch)};
+    hasAudio_ = has({extensionUnitID, XU_AUDIO_SWITCH}, 1);
 }
 
-VirtualCamera::Streams VirtualCamera::streams() const {
+bool VirtualCamera::hasAudio() const {
     const std::lock_guard lock(mutex_);
-    return streams_;
+    return hasAudio_;
 }
 
 PictureState VirtualCamera::nextPicture() {
@@ -308,29 +297,21 @@ PictureState VirtualCamera::picture() const {
 /// Moves a held value towards what the automatic mode wants for the scene of this picture.
 void VirtualCamera::follow(const ControlRow& row, Value& value) const {
     const Automatic& automatic = *row.automatic;
-    const double phase = 2 * std::numbers::pi * static_cast<double>(pictures_) / kScenePeriod;
-    const auto wanted = static_cast<std::int32_t>(
-        std::lround(automatic.target + automatic.swing * std::sin(phase)));
-    value[0] += std::clamp(wanted - value[0], -automatic.stepPerFrame, automatic.stepPerFrame);
+    const double phase = 2 * std::numbers::pi * static_cast<double>(pictures_) / scenePeriod;
+    const std::int64_t wanted = std::lround(automatic.target + automatic.swing * std::sin(phase));
+    const std::int64_t step = automatic.stepPerFrame;
+    value[0] += std::clamp(wanted - value[0], -step, step);
 }
 
-const VirtualCamera::Value* VirtualCamera::find(ControlId id) const {
+/// Whether the camera has a control, and it has this value.
+bool VirtualCamera::has(ControlId id, std::int64_t value) const {
     const auto row = std::ranges::find(model_.controls, id, &ControlRow::id);
-    return row == model_.controls.end()
-               ? nullptr
-               : &values_[static_cast<std::size_t>(row - model_.controls.begin())];
-}
-
-bool VirtualCamera::isSet(ControlId id) const {
-    const Value* value = find(id);
-    return value != nullptr && (*value)[0] != 0;
+    return row != model_.controls.end() &&
+           values_[static_cast<std::size_t>(row - model_.controls.begin())][0] == value;
 }
 
 bool VirtualCamera::isHeld(const ControlRow& row) const {
-    if (!row.automatic)
-        return false;
-    const Value* mode = find(row.automatic->mode);
-    return mode != nullptr && (*mode)[0] == row.automatic->modeValue;
+    return row.automatic && has(row.automatic->mode, row.automatic->modeValue);
 }
 
 std::uint16_t VirtualCamera::lengthOf(const ControlRow& row) const {
@@ -338,27 +319,18 @@ std::uint16_t VirtualCamera::lengthOf(const ControlRow& row) const {
     return replaced == faults_.lengths.end() ? row.length : replaced->second;
 }
 
-std::vector<std::uint8_t> VirtualCamera::encode(const ControlRow& row, const Value& value) const {
-    const std::size_t length = lengthOf(row);
-    std::vector<std::uint8_t> bytes;
+VirtualCamera::Bytes VirtualCamera::encode(const ControlRow& row, const Value& value) const {
+    Bytes bytes(lengthOf(row));
     if (row.kind == ControlKind::text) {
-        bytes.assign(model_.version.begin(), model_.version.end());
-        bytes.resize(length);
+        std::copy_n(model_.version.begin(), std::min(model_.version.size(), bytes.size()),
+                    bytes.begin());
         return bytes;
     }
-    append(bytes, value[0], row.secondLimits ? length / 2 : length);
-    if (row.secondLimits)
-        append(bytes, value[1], length / 2);
+    const std::span all(bytes);
+    const std::size_t first = firstPart(row, bytes.size());
+    putLittleEndian(static_cast<std::uint64_t>(value[0]), all.first(first));
+    putLittleEndian(static_cast<std::uint64_t>(value[1]), all.subspan(first));
     return bytes;
-}
-
-VirtualCamera::Value VirtualCamera::decode(const ControlRow& row,
-                                           std::span<const std::uint8_t> bytes) const {
-    if (!row.secondLimits)
-        return {integer(bytes, row.isSigned()), 0};
-    const std::size_t half = bytes.size() / 2;
-    return {integer(bytes.first(half), row.isSigned()),
-            integer(bytes.subspan(half), row.secondLimits->minimum < 0)};
 }
 
 PictureState VirtualCamera::pictureOfControls() const {
@@ -366,9 +338,9 @@ PictureState VirtualCamera::pictureOfControls() const {
     for (std::size_t i = 0; i < values_.size(); ++i) {
         const ControlRow& row = model_.controls[i];
         if (row.picture != nullptr)
-            state.*row.picture = values_[i][0];
+            state.*row.picture = static_cast<int>(values_[i][0]);
         if (row.secondPicture != nullptr)
-            state.*row.secondPicture = values_[i][1];
+            state.*row.secondPicture = static_cast<int>(values_[i][1]);
     }
     return state;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -14,13 +15,12 @@
 #include "platform/IOUSBTypes.h"
 #include "virtualcam/camera/Controls.h"
 #include "virtualcam/camera/Faults.h"
-#include "virtualcam/camera/RequestRecord.h"
 #include "virtualcam/scene/PictureState.h"
 
 namespace virtualcam {
 
 /// How long the kernel's video driver waits for a control request.
-inline constexpr std::chrono::milliseconds kControlTimeout{5000};
+inline constexpr std::chrono::milliseconds controlTimeout{5000};
 
 /// Codes of VC_REQUEST_ERROR_CODE_CONTROL (UVC 1.1, 4.2.1.2).
 enum class RequestError : std::uint8_t {
@@ -41,6 +41,17 @@ struct CameraModel {
     std::uint32_t locationID = 0;  ///< where it is plugged in
     std::string version;           ///< firmware text, at most 24 bytes
     std::vector<ControlRow> controls;
+};
+
+/// One request that reached a camera, and what became of it.
+struct RequestRecord {
+    std::uint8_t bmRequestType = 0;
+    std::uint8_t bRequest = 0;
+    std::uint16_t wValue = 0;
+    std::uint16_t wIndex = 0;
+    std::uint16_t wLength = 0;
+    std::vector<std::uint8_t> data;  ///< the bytes that were written, or answered
+    IOReturn result = 0;             ///< 0, or the errno value
 };
 
 /// A camera without hardware: it answers requests by the rules of UVC 1.1, keeps its settings, also
@@ -73,15 +84,11 @@ class VirtualCamera {
     /// Called, on the thread of the request, when the camera falls off the bus by itself.
     void setVanished(std::function<void()> vanished);
 
-    /// Starts the camera, as plugging it in does: it is on the bus, its stream switches take force.
+    /// Starts the camera, as plugging it in does: it is on the bus, and its audio switch acts.
     void powerOn();
 
-    /// Whether the streams that can be switched are in force since the last start.
-    struct Streams {
-        bool h264 = false;
-        bool audio = false;
-    };
-    Streams streams() const;
+    /// Whether the camera has had a microphone since it was started.
+    bool hasAudio() const;
 
     /// Lets the automatic modes act for one picture, and returns what the controls then ask for.
     PictureState nextPicture();
@@ -91,23 +98,22 @@ class VirtualCamera {
 
   private:
     /// The integers of one control; the second one is for a control of two.
-    using Value = std::array<std::int32_t, 2>;
+    using Value = std::array<std::int64_t, 2>;
     using Bytes = std::vector<std::uint8_t>;
 
     bool vanishNow();
     RequestError answer(IOUSBDevRequest& request);
-    RequestError answerErrorCode(IOUSBDevRequest& request);
-    RequestError read(const ControlRow& row, std::size_t index, IOUSBDevRequest& request);
-    RequestError write(const ControlRow& row, std::size_t index, const IOUSBDevRequest& request);
+    RequestError answerErrorCode(IOUSBDevRequest& request) const;
+    RequestError read(const ControlRow& row, const Value& value, IOUSBDevRequest& request) const;
+    Bytes replyTo(std::uint8_t request, const ControlRow& row, const Value& value) const;
+    RequestError write(const ControlRow& row, Value& value, const IOUSBDevRequest& request);
     void restoreVendorDefaults();
     void follow(const ControlRow& row, Value& value) const;
 
-    const Value* find(ControlId id) const;
-    bool isSet(ControlId id) const;
+    bool has(ControlId id, std::int64_t value) const;
     bool isHeld(const ControlRow& row) const;
     std::uint16_t lengthOf(const ControlRow& row) const;
     Bytes encode(const ControlRow& row, const Value& value) const;
-    Value decode(const ControlRow& row, std::span<const std::uint8_t> bytes) const;
     PictureState pictureOfControls() const;
 
     const CameraModel model_;
@@ -115,7 +121,7 @@ class VirtualCamera {
     mutable std::mutex mutex_;   // guards all below
     std::vector<Value> values_;  // one for each row of the model
     RequestError lastError_ = RequestError::none;
-    Streams streams_;
+    bool hasAudio_ = false;
     bool gone_ = false;
     std::uint64_t pictures_ = 0;
     Faults faults_;

@@ -8,11 +8,11 @@
 namespace virtualcam {
 namespace {
 
-constexpr double kDisplayGamma = 2.2;
-constexpr double kNeutralKelvin = 5200;
+constexpr double displayGamma = 2.2;
+constexpr double neutralKelvin = 5200;
 
 /// Stops, contrast, saturation, warmth, sharpness, shadows.
-constexpr std::array<Style, 7> kStyles{{
+constexpr std::array<Style, 7> styles{{
     {},                                    // normal
     {0.05, 1.16, 1.06, 0.00, 0.9, 0.00},   // clarity
     {0.45, 1.00, 1.04, 0.05, 0.0, 0.25},   // bright
@@ -33,7 +33,7 @@ std::array<double, 3> gains(const PictureState& state) {
     double red = 0.5 * style.warmth;
     double blue = -0.5 * style.warmth;
     if (state.autoWhiteBalance == 0) {
-        const double warmer = std::log2(std::max(state.whiteBalance, 1000) / kNeutralKelvin);
+        const double warmer = std::log2(std::max(state.whiteBalance, 1000) / neutralKelvin);
         red += 0.6 * warmer;
         blue -= 0.8 * warmer;
     }
@@ -43,14 +43,14 @@ std::array<double, 3> gains(const PictureState& state) {
 
 /// Bright light runs softly into white instead of breaking off.
 double shoulder(double light) {
-    constexpr double kKnee = 0.8;
-    constexpr double kRest = 1 - kKnee;
-    return light < kKnee ? light : kKnee + kRest * (1 - std::exp(-(light - kKnee) / kRest));
+    constexpr double knee = 0.8;
+    constexpr double rest = 1 - knee;
+    return light < knee ? light : knee + rest * (1 - std::exp(-(light - knee) / rest));
 }
 
 /// From light (0 to 1) to tone (0 to 1).
 double tone(double light, const PictureState& state, const Style& style) {
-    double y = std::pow(shoulder(light), 1 / kDisplayGamma * 238.0 / std::max(state.gamma, 40));
+    double y = std::pow(shoulder(light), 1 / displayGamma * 238.0 / std::max(state.gamma, 40));
     const double lift = 0.064 * state.backlight + 0.5 * style.shadows;
     y = std::pow(y, 1 / (1 + lift));
     // Compression raises the shadows and holds the lights down; the middle stays.
@@ -61,41 +61,38 @@ double tone(double light, const PictureState& state, const Style& style) {
     return std::clamp(y, 0.0, 1.0);
 }
 
-/// Turns the hue about the grey axis, keeping the brightness, and stretches the saturation.
-ColourProcess::Matrix hueAndSaturation(double degrees, double saturation) {
-    constexpr std::array<double, 3> kLuma{0.213, 0.715, 0.072};
+/// What channel `to` takes of channel `from`: turns the hue about the grey axis, keeping the
+/// brightness, and stretches the saturation.
+double share(std::size_t to, std::size_t from, double angle, double saturation) {
+    constexpr std::array<double, 3> luma{0.213, 0.715, 0.072};
     // The direction in which each channel turns.
-    constexpr std::array<std::array<double, 3>, 3> kTurn{
+    constexpr std::array<std::array<double, 3>, 3> turn{
         {{-0.213, -0.715, 0.928}, {0.143, 0.140, -0.283}, {-0.787, 0.715, 0.072}}};
-    const double angle = degrees * std::numbers::pi / 180;
-    ColourProcess::Matrix matrix{};
-    for (std::size_t to = 0; to < 3; ++to)
-        for (std::size_t from = 0; from < 3; ++from) {
-            const double colour = (to == from ? 1.0 : 0.0) - kLuma[from];
-            const double turned = colour * std::cos(angle) + kTurn[to][from] * std::sin(angle);
-            matrix[to][from] = static_cast<float>(kLuma[from] + saturation * turned);
-        }
-    return matrix;
+    const double colour = (to == from ? 1.0 : 0.0) - luma[from];
+    const double turned = colour * std::cos(angle) + turn[to][from] * std::sin(angle);
+    return luma[from] + saturation * turned;
 }
 
 }  // namespace
 
 const Style& styleOf(const PictureState& state) {
-    const bool known = state.style >= 0 && static_cast<std::size_t>(state.style) < kStyles.size();
-    return kStyles[known ? static_cast<std::size_t>(state.style) : 0];
+    const bool known = state.style >= 0 && static_cast<std::size_t>(state.style) < styles.size();
+    return styles[known ? static_cast<std::size_t>(state.style) : 0];
 }
 
-ColourProcess::ColourProcess(const PictureState& state)
-    : matrix_(
-          hueAndSaturation(state.hue - 7, styleOf(state).saturation * state.saturation / 100.0)) {
+ColourProcess::ColourProcess(const PictureState& state) {
     const Style& style = styleOf(state);
     const std::array<double, 3> gain = gains(state);
-    for (std::size_t channel = 0; channel < curves_.size(); ++channel) {
-        double input = -kMargin;
-        for (float& output : curves_[channel]) {
-            const double light = std::pow(std::clamp(input++, 0.0, 255.0) / 255, kDisplayGamma);
-            output = static_cast<float>(255 * tone(light * gain[channel], state, style));
+    const double angle = (state.hue - 7) * std::numbers::pi / 180;
+    const double saturation = style.saturation * state.saturation / 100;
+    for (std::size_t to = 0; to < 3; ++to) {
+        double input = -Noise::most;
+        for (float& output : curves[to]) {
+            const double light = std::pow(std::clamp(input++, 0.0, 255.0) / 255, displayGamma);
+            output = static_cast<float>(255 * tone(light * gain[to], state, style));
         }
+        for (std::size_t from = 0; from < 3; ++from)
+            matrix[to][from] = static_cast<float>(share(to, from, angle, saturation));
     }
 }
 

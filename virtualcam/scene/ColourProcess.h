@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "virtualcam/scene/Noise.h"
 #include "virtualcam/scene/PictureState.h"
 
 namespace virtualcam {
@@ -20,26 +21,16 @@ struct Style {
 const Style& styleOf(const PictureState& state);
 
 /// Turns the light of the scene into the colours of the picture.
-class ColourProcess {
-  public:
-    /// Room at either end of a curve, so that noise on the light needs no check.
-    static constexpr int kMargin = 64;
-
-    using Curve = std::array<float, 256 + 2 * kMargin>;
-    using Matrix = std::array<std::array<float, 3>, 3>;
-
+struct ColourProcess {
     explicit ColourProcess(const PictureState& state);
 
-    /// One curve for each of red, green and blue: from a light of 0 to 255, at `kMargin` and on, to
-    /// a tone of 0 to 255.
-    const std::array<Curve, 3>& curves() const { return curves_; }
+    /// For each of red, green and blue, the tone (0 to 255) that a light gives. The light of 0 is
+    /// at `Noise::most`: there is room at either end, so that light with noise on it needs no
+    /// check.
+    std::array<std::array<float, 256 + 2 * Noise::most>, 3> curves;
 
     /// Mixes the three tones: hue and saturation.
-    const Matrix& matrix() const { return matrix_; }
-
-  private:
-    std::array<Curve, 3> curves_;
-    Matrix matrix_;
+    std::array<std::array<float, 3>, 3> matrix;
 };
 
 }  // namespace virtualcam

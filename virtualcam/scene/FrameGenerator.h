@@ -9,7 +9,7 @@
 namespace virtualcam {
 
 /// Pictures are made for so many frames a second.
-inline constexpr int kFramesPerSecond = 30;
+inline constexpr int framesPerSecond = 30;
 
 /// The size of a picture, in pixels.
 struct PictureSize {

@@ -6,7 +6,7 @@ namespace virtualcam {
 /// give the plain picture: what a camera shows that lacks the control.
 struct PictureState {
     int brightness = 7;               ///< -255 to 255, half of white either way
-    int contrast = 7;                 ///< -255 (hardly any) to 255 (twice)
+    int contrast = 7;                 ///< 0 to 255, the factor about mid-grey: 1 to 1.9
     int hue = 7;                      ///< -180 to 180, degrees
     int saturation = 100;             ///< 0 to 255, per cent
     int sharpness = 9;                ///< 0 (soft) to 255

@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <numbers>
 #include <optional>
 #include <vector>
 
+#include "platform/UVC.h"
 #include "virtualcam/scene/ColourProcess.h"
 #include "virtualcam/scene/FrameGenerator.h"
 #include "virtualcam/scene/Image.h"
@@ -14,7 +16,8 @@
 namespace virtualcam {
 namespace {
 
-/// What of a picture lens and detail decide; while it stays, the scenery need not be drawn again.
+/// What the lens and the sharpness make of a picture. While it stays the same, the scenery need not
+/// be painted again.
 struct Optics {
     Viewport view;
     int blur = 0;        // pixels
@@ -30,55 +33,27 @@ double turned(int arcSeconds, double limit) {
 }
 
 Optics opticsOf(const PictureState& state, PictureSize size) {
-    constexpr int kSharpestFocus = 160;
-    constexpr int kDepthOfField = 48;
+    constexpr int sharpestFocus = 160;
+    constexpr int depthOfField = 48;
     const double zoom = 1 + 2 * state.zoom / 1000.0;
-    const double scale = size.width * zoom / kSceneWidth;
-    const double x = kSceneCentre.x + turned(state.pan, 30) * kPixelsPerDegree;
-    const double y = kSceneCentre.y - turned(state.tilt, 20) * kPixelsPerDegree;
-    const int defocus = std::max(0, std::abs(state.focus - kSharpestFocus) - kDepthOfField);
-    const double sharpen =
-        state.sharpness < 9 ? (state.sharpness - 9) / 9.0 : (state.sharpness - 9) / 100.0;
+    const double scale = size.width * zoom / 640;       // half of the landscape at the widest
+    const double x = 640 + 10 * turned(state.pan, 30);  // ten units are a degree
+    const double y = 440 - 10 * turned(state.tilt, 20);
+    const int defocus = std::max(0, std::abs(state.focus - sharpestFocus) - depthOfField);
+    const double sharpen = (state.sharpness - 9) / (state.sharpness < 9 ? 9.0 : 100.0);
     return {{x - size.width / scale / 2, y - size.height / scale / 2, scale},
             static_cast<int>(std::ceil(defocus * scale / 88)),
             std::max(-1.0, sharpen + styleOf(state).sharpness)};
 }
 
-/// Something that moves: its picture as the lens draws it, with room for the blur around it.
-class Sprite {
-  public:
-    void draw(const Image& source, const Optics& optics) {
-        const double scale = optics.view.scale;
-        margin_ = 2 * optics.blur + 2;
-        drawn_ = resample(source, {-margin_ / scale, -margin_ / scale, scale},
-                          static_cast<int>(source.width * scale) + 2 * margin_,
-                          static_cast<int>(source.height * scale) + 2 * margin_);
-        blur(drawn_, optics.blur);
-        sharpen(drawn_, optics.sharpen);
-    }
-
-    /// Puts it into `picture`, its upper left corner at `corner` of the landscape.
-    void put(Image& picture, const Optics& optics, Point corner) const {
-        const auto at = [&](double position, double origin) {
-            return static_cast<int>(std::lround((position - origin) * optics.view.scale)) - margin_;
-        };
-        blend(picture, drawn_, at(corner.x, optics.view.left), at(corner.y, optics.view.top));
-    }
-
-  private:
-    Image drawn_;
-    int margin_ = 0;
-};
-
 /// The lamp flickers with the mains at 60 Hz; unless the exposure keeps to that, each row catches
 /// another part of the flicker. Returns the brightness of row `y`.
 float flicker(const PictureState& state, std::uint64_t index, int y, int height) {
-    constexpr int kMains60Hz = 2;
-    constexpr double kBands = 4;  // two flickers in each cycle, thirty pictures a second
-    if (state.powerLine == kMains60Hz)
+    if (state.powerLine == powerLine60Hz)
         return 1;
-    const double depth = state.powerLine == 0 ? 0.05 : 0.035;
-    const double phase = kBands * y / height + 0.021 * static_cast<double>(index);
+    const double depth = state.powerLine == powerLineDisabled ? 0.05 : 0.035;
+    // 120 flickers in the time of 30 pictures.
+    const double phase = 4.0 * y / height + 0.021 * static_cast<double>(index);
     return static_cast<float>(1 - depth + depth * std::cos(2 * std::numbers::pi * phase));
 }
 
@@ -90,106 +65,51 @@ class SceneGenerator : public FrameGenerator {
 
   private:
     void drawScenery(const Optics& optics);
-    void compose(std::uint64_t index);
-    void develop(const PictureState& state, std::uint64_t index, int y, std::uint32_t* out);
+    void develop(const std::uint32_t* light, const ColourProcess& colours, float bright,
+                 std::uint32_t* out);
 
     PictureSize size_;
     std::optional<Optics> optics_;
-    Image background_;
-    Sprite balloon_;
-    Sprite cloud_;
-    Sprite hand_;
-    std::optional<std::uint64_t> handStep_;
-
-    std::optional<PictureState> state_;
-    std::optional<ColourProcess> colours_;
+    Image scenery_;  // as `optics_` show it
     Noise noise_;
-    Image picture_;
-
-    // One row on its way: the noise, and the tones of each channel.
-    std::vector<std::int16_t> noiseLine_;
-    std::vector<float> red_;
-    std::vector<float> green_;
-    std::vector<float> blue_;
+    std::vector<int> noiseLine_;  // of one row
 };
 
 void SceneGenerator::configure(PictureSize size) {
     size_ = size;
     optics_.reset();
-    const auto width = static_cast<std::size_t>(size.width);
-    noiseLine_.assign(width, 0);
-    red_.assign(width, 0);
-    green_.assign(width, 0);
-    blue_.assign(width, 0);
+    noiseLine_.resize(static_cast<std::size_t>(size.width));
 }
 
 void SceneGenerator::drawScenery(const Optics& optics) {
-    background_ = resample(landscape(), optics.view, size_.width, size_.height);
-    blur(background_, optics.blur);
-    sharpen(background_, optics.sharpen);
-    balloon_.draw(balloon(), optics);
-    cloud_.draw(cloud(), optics);
-    handStep_.reset();
+    scenery_ = Image(size_.width, size_.height);
+    Painter painter(scenery_, optics.view, 1);
+    paintScenery(painter);
+    blur(scenery_, optics.blur);
+    sharpen(scenery_, optics.sharpen);
     optics_ = optics;
 }
 
-void SceneGenerator::compose(std::uint64_t index) {
-    const double seconds = static_cast<double>(index) / kFramesPerSecond;
-    picture_ = background_;
-    constexpr double kLap = 1280 + 260;  // across the landscape and out of sight
-    const auto drift = [&](double start, double speed) {
-        return std::fmod(start + speed * seconds, kLap) - 240;
-    };
-    cloud_.put(picture_, *optics_, {drift(620, 9), 212});
-    cloud_.put(picture_, *optics_, {drift(990, 6), 262});
-    cloud_.put(picture_, *optics_, {drift(180, 7), 120});
-    balloon_.put(picture_, *optics_, {drift(770, 14), 250 + 14 * std::sin(0.5 * seconds)});
-
-    constexpr std::uint64_t kStepsPerTurn = 240;
-    constexpr std::uint64_t kPicturesPerTurn = std::uint64_t{60} * kFramesPerSecond;
-    const std::uint64_t step = index * kStepsPerTurn / kPicturesPerTurn;
-    if (handStep_ != step)
-        hand_.draw(secondHand(static_cast<double>(step % kStepsPerTurn) / kStepsPerTurn), *optics_);
-    handStep_ = step;
-    hand_.put(picture_, *optics_, {kClockCentre.x - kClockRadius, kClockCentre.y - kClockRadius});
-}
-
 /// Makes one row of the picture from the light that fell on it.
-void SceneGenerator::develop(const PictureState& state, std::uint64_t index, int y,
+void SceneGenerator::develop(const std::uint32_t* light, const ColourProcess& colours, float bright,
                              std::uint32_t* out) {
-    const int width = size_.width;
-    const std::uint32_t* light = picture_.row(y);
-    noise_.row(index, y, width, noiseLine_.data());
-    const auto& curves = colours_->curves();
-    for (int x = 0; x < width; ++x) {
-        const auto at = static_cast<std::size_t>(x);
-        const int offset = noiseLine_[at] + ColourProcess::kMargin;
-        const auto tone = [&](std::size_t channel, unsigned shift) {
-            const int value = static_cast<int>((light[x] >> shift) & 0xFFU) + offset;
-            return curves[channel][static_cast<std::size_t>(value)];
+    for (std::size_t x = 0; x < noiseLine_.size(); ++x) {
+        const auto tone = [&](std::size_t channel) {
+            const auto value = static_cast<int>(light[x] >> (16 - 8 * channel) & 0xFFU);
+            const int at = value + noiseLine_[x] + Noise::most;
+            return bright * colours.curves[channel][static_cast<std::size_t>(at)];
         };
-        red_[at] = tone(0, 16);
-        green_[at] = tone(1, 8);
-        blue_[at] = tone(2, 0);
-    }
-    ColourProcess::Matrix m = colours_->matrix();
-    const float bright = flicker(state, index, y, size_.height);
-    for (auto& line : m)
-        for (float& factor : line)
-            factor *= bright;
-    const float* red = red_.data();
-    const float* green = green_.data();
-    const float* blue = blue_.data();
-    for (int x = 0; x < width; ++x) {
+        const float red = tone(0);
+        const float green = tone(1);
+        const float blue = tone(2);
         const auto mix = [&](const std::array<float, 3>& line) {
-            const float value = line[0] * red[x] + line[1] * green[x] + line[2] * blue[x] + 0.5F;
+            const float value = line[0] * red + line[1] * green + line[2] * blue + 0.5F;
             return static_cast<std::uint32_t>(
                 static_cast<int>(std::min(255.0F, std::max(0.0F, value))));
         };
-        out[x] = mix(m[0]) << 16 | mix(m[1]) << 8 | mix(m[2]);
+        out[x] =
+            mix(colours.matrix[0]) << 16 | mix(colours.matrix[1]) << 8 | mix(colours.matrix[2]);
     }
-    if (state.flipHorizontal != 0)
-        std::reverse(out, out + width);
 }
 
 void SceneGenerator::generate(const PictureState& state, std::uint64_t index,
@@ -197,16 +117,17 @@ void SceneGenerator::generate(const PictureState& state, std::uint64_t index,
     const Optics optics = opticsOf(state, size_);
     if (optics_ != optics)
         drawScenery(optics);
-    if (state_ != state) {
-        colours_.emplace(state);
-        noise_.configure(state);
-        state_ = state;
-    }
-    compose(index);
+    const ColourProcess colours(state);
+    Image picture = scenery_;
+    Painter painter(picture, optics.view, 1 + 2 * optics.blur);
+    paintBalloon(painter, static_cast<double>(index) / framesPerSecond);
     for (int y = 0; y < size_.height; ++y) {
         const int row = state.flipVertical != 0 ? size_.height - 1 - y : y;
-        const auto start = static_cast<std::size_t>(row) * static_cast<std::size_t>(size_.width);
-        develop(state, index, y, pixels.data() + start);
+        std::uint32_t* out = &pixels[static_cast<std::size_t>(row * size_.width)];
+        noise_.row(state, index, y, noiseLine_);
+        develop(picture.row(y), colours, flicker(state, index, y, size_.height), out);
+        if (state.flipHorizontal != 0)
+            std::reverse(out, out + size_.width);
     }
 }
 
