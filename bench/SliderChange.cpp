@@ -173,12 +173,12 @@ void measure(benchmark::State& state, QSlider& slider, std::size_t requests, Set
 }
 
 void brightness(benchmark::State& state) {
-    measure(state, Bench::get().slider("m_sliderBright", 1), 1,
+    measure(state, Bench::get().slider("m_sliderBright", 0), 1,
             [](Node& node, int number) { node.setBrightness(number); });
 }
 
 void noiseReduction(benchmark::State& state) {
-    measure(state, Bench::get().slider("m_SliderNR2D", 0), 2,
+    measure(state, Bench::get().slider("m_SliderNR2D", 1), 2,
             [](Node& node, int number) { node.setNoiseReduction(number); });
 }
 

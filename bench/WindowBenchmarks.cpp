@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QMouseEvent>
-#include <QTabWidget>
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -131,7 +130,6 @@ class DragWatch : public QObject {
 
 void dragBrightness(benchmark::State& state) {
     WindowFixture fixture;
-    fixture.window().findChild<QTabWidget*>()->setCurrentIndex(1);
     fixture.pressOpen();
     fixture.camera().setFaults({.delay = kAnswer});
     Drag worst{.lastSent = true};

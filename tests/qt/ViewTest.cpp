@@ -40,7 +40,8 @@ template <class Check>
 void onEachPage(WindowFixture& fixture, Check check) {
     for (const int page : {0, 1}) {
         fixture.find<QTabWidget>("pages")->setCurrentIndex(page);
-        QCoreApplication::processEvents();
+        for (int turn = 0; turn < 3; ++turn)  // a page that scrolls is laid out in several
+            QCoreApplication::processEvents();
         const QImage image = fixture.window().grab().toImage();
         for (auto* widget : fixture.window().findChildren<QWidget*>())
             if (SCOPED_TRACE(widget->objectName().toStdString()); widget->isVisible())

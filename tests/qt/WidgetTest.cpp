@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTabWidget>
 #include <QTest>
 #include <QToolButton>
 #include <QWheelEvent>
@@ -73,6 +74,7 @@ TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
 
 TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     WindowFixture fixture;
+    fixture.find<QTabWidget>("pages")->setCurrentIndex(1);
     auto& toggle = *fixture.find<QToolButton>("m_btnFlipV");
     EXPECT_EQ(toggle.icon().pixmap(toggle.iconSize(), 2.0).size(), toggle.iconSize() * 2);
     const QImage off = toggle.grab().toImage();
