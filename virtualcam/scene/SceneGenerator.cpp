@@ -123,7 +123,8 @@ void SceneGenerator::generate(const PictureState& state, std::uint64_t index,
     paintBalloon(painter, static_cast<double>(index) / framesPerSecond);
     for (int y = 0; y < size_.height; ++y) {
         const int row = state.flipVertical != 0 ? size_.height - 1 - y : y;
-        std::uint32_t* out = &pixels[static_cast<std::size_t>(row * size_.width)];
+        const auto start = static_cast<std::size_t>(row) * static_cast<std::size_t>(size_.width);
+        std::uint32_t* out = &pixels[start];
         noise_.row(state, index, y, noiseLine_);
         develop(picture.row(y), colours, flicker(state, index, y, size_.height), out);
         if (state.flipHorizontal != 0)

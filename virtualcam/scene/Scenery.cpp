@@ -46,6 +46,8 @@ struct Ridge {
     Box box() const { return {0, base - height, right, bottom}; }
 
     double distance(Point p) const {
+        if (p.y > base + height)
+            return -height;  // below the whole ridge there is no need to know how far
         const double t = 2 * pi * (p.x / wave) + phase;
         return base - height * (0.65 * std::sin(t) + 0.35 * std::sin(2.3 * t)) - p.y;
     }
