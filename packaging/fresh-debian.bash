@@ -57,6 +57,7 @@ make_root() {
         fail "debootstrap $release"
     }
     echo "$sources" >"$root/etc/apt/sources.list"
+    echo force-unsafe-io >"$root/etc/dpkg/dpkg.cfg.d/fresh-debian"  # it need not outlive a crash
     # How this machine reaches the archives.
     local file
     for file in /etc/apt/apt.conf.d/99* /etc/hosts /etc/resolv.conf; do
