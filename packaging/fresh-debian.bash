@@ -1,6 +1,7 @@
-# A fresh Debian for the script that includes this, in the folder $root. It needs root, for the other
-# root directory; debootstrap; and the archives that this machine's apt is set up for. However the
-# script ends, nothing is left: neither the folder $work, where $root is, nor the processes in $pids.
+# A fresh Debian for the script that includes this, in the folder $root. It needs root, for the
+# other root directory; debootstrap; and the archives that this machine's apt is set up for. However
+# the script ends, nothing is left: neither the folder $work, where $root is, nor the processes in
+# $pids.
 
 if [[ -z ${QUELVO_NAMESPACE-} ]]; then
     # In a namespace of its own the mounts end with the script, however it ends.
@@ -57,6 +58,7 @@ make_root() {
         fail "debootstrap $release"
     }
     echo "$sources" >"$root/etc/apt/sources.list"
+    echo force-unsafe-io >"$root/etc/dpkg/dpkg.cfg.d/fresh-debian"  # it need not outlive a crash
     # How this machine reaches the archives.
     local file
     for file in /etc/apt/apt.conf.d/99* /etc/hosts /etc/resolv.conf; do
