@@ -5,6 +5,7 @@
 #include <QString>
 #include <cerrno>
 
+#include "platform/AVCaptureSession.h"
 #include "platform/CALayer.h"
 #include "platform/IOKit.h"
 #include "platform/NSNotificationCenter.h"
@@ -41,6 +42,41 @@ TEST(Utf8Test, PrintsAllButControlsLineBreaksAndMarksOfDirection) {
         });
         ASSERT_EQ(platform::printableUtf8(text), goes ? " " : text) << std::hex << +character;
     }
+}
+
+TEST(Utf8Test, CutsBetweenCharactersAndOnlyWhatIsTooLong) {
+    const std::string text = "a\u00e9b";
+    EXPECT_EQ(platform::utf8Prefix(text, 4), text);
+    EXPECT_EQ(platform::utf8Prefix(text, 3), "a\u00e9");
+    EXPECT_EQ(platform::utf8Prefix(text, 2), "a");
+    EXPECT_EQ(platform::utf8Prefix("\u00e9", 1), "");
+    EXPECT_EQ(platform::utf8Suffix(text, 4), text);
+    EXPECT_EQ(platform::utf8Suffix(text, 3), "\u00e9b");
+    EXPECT_EQ(platform::utf8Suffix(text, 2), "b");
+    EXPECT_EQ(platform::utf8Suffix("\u00e9", 1), "");
+}
+
+TEST(SessionTest, RunsItsOneInputOnceAndEndsItWithItself) {
+    std::string calls;
+    struct Source : platform::VideoSource {
+        explicit Source(std::string& said) : calls(said) {}
+        void start(const platform::VideoLimits& limits, platform::VideoSink& /*sink*/) override {
+            calls += "start " + std::to_string(limits.width) + 'x' + std::to_string(limits.height);
+        }
+        void stop() override { calls += " stop "; }
+        std::string& calls;
+    };
+    {
+        AVCaptureSession session;
+        session.startRunning();
+        for (int input = 0; input < 2; ++input) {
+            session.addInput(
+                std::make_unique<AVCaptureDeviceInput>(std::make_unique<Source>(calls)));
+            session.startRunning();
+            session.startRunning();
+        }
+    }
+    EXPECT_EQ(calls, "start 640x480 stop start 640x480 stop ");
 }
 
 TEST(LayerTest, TellsItsViewOfEachChangeAndMayOutliveItsSuperlayer) {

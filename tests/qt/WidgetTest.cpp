@@ -89,6 +89,10 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     QTest::keyClick(&cameras, Qt::Key_Tab);
     EXPECT_EQ(fixture.controller().m_cbxDevice.stringValue(), "quelvo studio camera");
     EXPECT_EQ(cameras.count(), 1);
+    fixture.plugAnother("Quelvo Studio Camera");
+    cameras.setCurrentIndex(1);
+    QTest::keyClick(&cameras, Qt::Key_Return);
+    EXPECT_EQ(cameras.currentIndex(), 1) << "not the first of that name";
 }
 
 TEST(WidgetTest, AnEmptyReferenceAndOneToAnotherKindReadAsNothing) {
@@ -156,10 +160,14 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         EXPECT_EQ(shown.pixelColor(2, middle), QColor(Qt::red));
         EXPECT_EQ(shown.pixelColor(widget.width() - 3, middle + half - 3), QColor(Qt::red));
         EXPECT_EQ(shown.pixelColor(widget.width() / 2, middle - half - 3), QColor(Qt::green));
-        // A picture of nearly the place's own size is written into the window's memory.
+        // A picture of nearly the place's own size is written into the window's memory, but not
+        // into memory that keeps its pixels in another form.
         const auto& memory = dynamic_cast<QImage&>(*widget.backingStore()->paintDevice());
         layer->width = widget.width() - 3;
         layer->height = 477;
+        QImage other(widget.size(), QImage::Format_RGBA8888);
+        widget.render(&other);
+        EXPECT_EQ(other.pixelColor(100, middle), QColor(Qt::red));
         layer->setNeedsDisplay();
         QCoreApplication::processEvents();
         const auto* first = static_cast<const uchar*>(layer->written);
