@@ -48,6 +48,7 @@ class AVCaptureSession {
     AVCaptureSession& operator=(const AVCaptureSession&) = delete;
     ~AVCaptureSession();
 
+    /// Without a preset a camera's smallest picture comes.
     void setSessionPreset(AVCaptureSessionPreset preset);
 
     /// Adds the session's one input, in the place of one before; stops a running session.
@@ -68,7 +69,7 @@ class AVCaptureSession {
   private:
     class FrameSlot;
 
-    AVCaptureSessionPreset preset_ = AVCaptureSessionPresetMedium;
+    AVCaptureSessionPreset preset_{0, 0};
     std::shared_ptr<FrameSlot> slot_;
     std::unique_ptr<AVCaptureDeviceInput> input_;
     bool running_ = false;

@@ -15,11 +15,12 @@ inline constexpr CFOptionFlags kCFUserNotificationAlternateResponse = 1;
 inline constexpr CFOptionFlags kCFUserNotificationCancelResponse = 3;
 
 /// Shows a modal box titled `header` with `message` as plain text, and blocks until the user has
-/// answered; `timeout` is 0, as there is no limit to that. Return presses the default button;
-/// Escape, or closing the box, presses the alternate one, or the default one when it is alone. A
-/// box that goes away unanswered, with the application, counts as "cancel". Returns 0 and sets
-/// `responseFlags`; without a window to show the box on, returns non-zero and leaves
-/// `responseFlags` alone. Main thread. Implemented by the toolkit's back end.
+/// answered. Return presses the default button; Escape, or closing the box, presses the alternate
+/// one, or the default one when it is alone. A box that goes away unanswered, with the application,
+/// counts as "cancel". Returns 0 and sets `responseFlags`. A box that can't be shown returns
+/// non-zero and leaves `responseFlags` alone: without a window, with a time limit (`timeout` is 0
+/// seconds for none), or of another kind (`flags`). Main thread. Implemented by the toolkit's back
+/// end.
 int CFUserNotificationDisplayAlert(double timeout, CFOptionFlags flags, const std::string& header,
                                    const std::string& message,
                                    const std::string& defaultButtonTitle,

@@ -22,13 +22,13 @@ QWidget* shownWindow() {
 
 }  // namespace
 
-int CFUserNotificationDisplayAlert(double /*timeout*/, CFOptionFlags /*flags*/,
-                                   const std::string& header, const std::string& message,
+int CFUserNotificationDisplayAlert(double timeout, CFOptionFlags flags, const std::string& header,
+                                   const std::string& message,
                                    const std::string& defaultButtonTitle,
                                    const std::optional<std::string>& alternateButtonTitle,
                                    CFOptionFlags& responseFlags) {
     QWidget* const window = shownWindow();
-    if (window == nullptr)
+    if (window == nullptr || timeout != 0 || flags != kCFUserNotificationNoteAlertLevel)
         return 1;
     QMessageBox box(window);
     box.setIcon(QMessageBox::Information);

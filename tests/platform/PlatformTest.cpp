@@ -9,6 +9,7 @@
 #include "platform/CALayer.h"
 #include "platform/IOKit.h"
 #include "platform/NSNotificationCenter.h"
+#include "platform/UVC.h"
 #include "platform/Utf8.h"
 #include "platform/backend/Backends.h"
 #include "platform/backend/CaptureBackend.h"
@@ -44,18 +45,6 @@ TEST(Utf8Test, PrintsAllButControlsLineBreaksAndMarksOfDirection) {
     }
 }
 
-TEST(Utf8Test, CutsBetweenCharactersAndOnlyWhatIsTooLong) {
-    const std::string text = "a\u00e9b";
-    EXPECT_EQ(platform::utf8Prefix(text, 4), text);
-    EXPECT_EQ(platform::utf8Prefix(text, 3), "a\u00e9");
-    EXPECT_EQ(platform::utf8Prefix(text, 2), "a");
-    EXPECT_EQ(platform::utf8Prefix("\u00e9", 1), "");
-    EXPECT_EQ(platform::utf8Suffix(text, 4), text);
-    EXPECT_EQ(platform::utf8Suffix(text, 3), "\u00e9b");
-    EXPECT_EQ(platform::utf8Suffix(text, 2), "b");
-    EXPECT_EQ(platform::utf8Suffix("\u00e9", 1), "");
-}
-
 TEST(SessionTest, RunsItsOneInputOnceAndEndsItWithItself) {
     std::string calls;
     struct Source : platform::VideoSource {
@@ -74,9 +63,10 @@ TEST(SessionTest, RunsItsOneInputOnceAndEndsItWithItself) {
                 std::make_unique<AVCaptureDeviceInput>(std::make_unique<Source>(calls)));
             session.startRunning();
             session.startRunning();
+            session.setSessionPreset(AVCaptureSessionPresetMedium);
         }
     }
-    EXPECT_EQ(calls, "start 640x480 stop start 640x480 stop ");
+    EXPECT_EQ(calls, "start 0x0 stop start 640x480 stop ");
 }
 
 TEST(LayerTest, TellsItsViewOfEachChangeAndMayOutliveItsSuperlayer) {
@@ -127,80 +117,37 @@ TEST(NotificationTest, DevicesAreAnnouncedAsLongAsSomebodyListens) {
     platform::installBackends({});
 }
 
-/// The way from the bus to an interface of a camera, each step of which may be taken wrongly.
-class UsbTest : public testing::Test {
-  protected:
+TEST(UsbTest, DevicesAreFoundByTheirNumbersAndInterfacesByTheirDescriptors) {
+    const CameraFixture fixture;
     IOMatchingDictionary matching = IOServiceMatching("IOUSBDevice");
-    CameraFixture fixture;
-
-    bool isFound() const { return IOServiceGetMatchingService({}, matching) != nullptr; }
-
-    /// Asks a plug-in of the type for the wanted interface; returns the last status.
-    template <class Interface>
-    static IOReturn query(const io_service_t& service, const CFUUIDBytes& type,
-                          const CFUUIDBytes& wanted, std::unique_ptr<Interface>& interface) {
-        std::unique_ptr<IOCFPlugInInterface> plugIn;
-        std::int32_t score = 0;
-        const IOReturn status =
-            IOCreatePlugInInterfaceForService(service, type, kIOCFPlugInInterfaceID, plugIn, score);
-        return plugIn ? plugIn->QueryInterface(wanted, interface) : status;
+    const auto find = [&] { return IOServiceGetMatchingService({}, matching); };
+    for (const auto& [key, number, isFound] :
+         {std::tuple{"idVendor", 1, false}, {"idVendor", 0xe7a1, true}, {"bcdDevice", 0, false}}) {
+        CFDictionarySetValue(matching, key, {number});
+        EXPECT_EQ(find() != nullptr, isFound) << key << number;
     }
-};
-
-TEST_F(UsbTest, ADeviceIsFoundByItsClassAndTheNumbersSetLast) {
-    EXPECT_TRUE(isFound());
-    CFDictionarySetValue(matching, "idVendor", {1});
-    EXPECT_FALSE(isFound());
-    CFDictionarySetValue(matching, "idVendor", {fixture.camera().model().vendorID});
-    EXPECT_TRUE(isFound());
-    CFDictionarySetValue(matching, "bcdDevice", {0});
-    EXPECT_FALSE(isFound()) << "a property that no device has";
     matching = IOServiceMatching("IOUSBInterface");
-    EXPECT_FALSE(isFound());
+    EXPECT_EQ(find(), nullptr);
     matching = IOServiceMatching("IOUSBDevice");
-    platform::installBackends({});
-    EXPECT_FALSE(isFound());
-}
-
-TEST_F(UsbTest, OnlyTheRightTypesLeadToAnInterface) {
-    const auto service = IOServiceGetMatchingService({}, matching);
     std::unique_ptr<IOUSBDeviceStruct942> device;
     std::unique_ptr<IOUSBInterfaceStruct190> interface;
-    std::unique_ptr<IOCFPlugInInterface> plugIn;
-    std::int32_t score = 1;
     const auto& ofDevice = kIOUSBDeviceUserClientTypeID;
-    const auto& ofInterface = kIOUSBInterfaceUserClientTypeID;
-    EXPECT_EQ(query(nullptr, ofDevice, kIOUSBDeviceInterfaceID, device), ENODEV);
-    EXPECT_EQ(IOCreatePlugInInterfaceForService(service, ofDevice, ofDevice, plugIn, score),
-              ENOTSUP);
-    EXPECT_EQ(score, 0);
-    EXPECT_EQ(query(service, ofInterface, kIOUSBDeviceInterfaceID, device), ENOTSUP);
-    EXPECT_EQ(query(service, ofDevice, kIOUSBInterfaceInterfaceID, device), ENOTSUP);
-    EXPECT_EQ(query(service, ofInterface, kIOUSBInterfaceInterfaceID, interface), ENOTSUP);
-    EXPECT_EQ(query(service, ofDevice, kIOUSBDeviceInterfaceID, device), 0);
-
-    const auto count = [&](IOUSBFindInterfaceRequest request) {
+    const IOCFPlugInInterface plugIn(find(), ofDevice);
+    EXPECT_EQ(plugIn.QueryInterface(ofDevice, device), ENOTSUP) << "names no interface";
+    EXPECT_EQ(plugIn.QueryInterface(kIOUSBInterfaceInterfaceID, interface), ENOTSUP);
+    ASSERT_EQ(plugIn.QueryInterface(kIOUSBDeviceInterfaceID, device), 0);
+    for (const auto& [request, count] : {std::pair{IOUSBFindInterfaceRequest{}, 2},
+                                         {{CC_VIDEO, SC_VIDEOSTREAMING}, 1},
+                                         {{.bInterfaceClass = 1}, 0},
+                                         {{.bInterfaceProtocol = 1}, 0},
+                                         {{.bAlternateSetting = 1}, 0}}) {
         io_iterator_t found;
         EXPECT_EQ(device->CreateInterfaceIterator(request, found), 0);
         int number = 0;
         while (IOIteratorNext(found))
             ++number;
-        return number;
-    };
-    EXPECT_EQ(count({}), 2);
-    EXPECT_EQ(count({.bInterfaceClass = 14, .bInterfaceSubClass = 2}), 1);
-    EXPECT_EQ(count({.bInterfaceClass = 1}), 0);
-    EXPECT_EQ(count({.bInterfaceProtocol = 1}), 0);
-    EXPECT_EQ(count({.bAlternateSetting = 1}), 0);
-
-    io_iterator_t interfaces;
-    device->CreateInterfaceIterator({}, interfaces);
-    const auto first = IOIteratorNext(interfaces);
-    EXPECT_EQ(query(first, ofDevice, kIOUSBInterfaceInterfaceID, interface), ENOTSUP);
-    EXPECT_EQ(query(first, ofInterface, kIOUSBDeviceInterfaceID, interface), ENOTSUP);
-    ASSERT_EQ(query(first, ofInterface, kIOUSBInterfaceInterfaceID, interface), 0);
-    IOUSBDevRequest request;
-    EXPECT_EQ(interface->ControlRequest(1, request), EINVAL) << "not the control pipe";
+        EXPECT_EQ(number, count);
+    }
 }
 
 }  // namespace

