@@ -49,13 +49,15 @@ def change(desk):
     desk.until(lambda: Picture(desk).mirrors(plain))
 
 
-def answer_boxes(desk):
-    for answer, checked in (("Cancel", False), ("OK", True)):
-        desk.press("check box", "H.264 stream")
-        desk.answer("Reboot to Switch H264?", answer)
-        desk.wait_checked("H.264 stream", checked)
+def restore(desk):
+    flipped = Picture(desk)
+    for answer, stays in (("Cancel", True), ("OK", False)):
+        desk.press("button", "Restore vendor defaults")
+        desk.answer("Restore to default settings?", answer)
+        desk.wait_checked("Flip horizontally", stays)
+    desk.until(lambda: Picture(desk).mirrors(flipped))
 
 
 desk_of_journey = WaylandDesk(sys.argv[1])
-for part in (open_camera, change, answer_boxes, leave):
+for part in (open_camera, change, restore, leave):
     part(desk_of_journey)
