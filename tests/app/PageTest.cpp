@@ -55,7 +55,8 @@ TEST_P(ExchangeTest, Goes) {
 }
 INSTANTIATE_TEST_SUITE_P(Pages, ExchangeTest,
                          testing::ValuesIn(readExchanges({"standard-page.txt", "vendor-page.txt",
-                                                          "page-load.txt", "no-camera.txt"},
+                                                          "page-load.txt", "no-camera.txt",
+                                                          "channel.txt"},
                                                          "direct")),
                          [](const auto& exchange) { return exchange.param.name; });
 

@@ -12,6 +12,9 @@
 #include <set>
 #include <sstream>
 
+#include "camera/OpenCamera.h"
+#include "camera/Transfer.h"
+#include "camera/UVCCameraControl.h"
 #include "tests/support/CameraFixture.h"
 
 namespace {
@@ -107,6 +110,19 @@ class Performance {
             });
         } else if (is("stall((?: \\d+/\\d+)*)")) {
             stage_.camera.setFaults({.stalled = controlsIn(part_[1])});
+        } else if (is("mend")) {
+            stage_.camera.setFaults({});
+        } else if (is("(length|short) (\\d+/\\d+) (\\d+)|fail (\\w+) (\\d+)")) {
+            virtualcam::Faults faults = stage_.camera.faults();
+            plant(faults);
+            stage_.camera.setFaults(faults);
+        } else if (is("open (.+) = (\\d)")) {
+            act([&] {
+                if (OpenCameraByUniqueID(part_.str(1)) != std::stoi(part_[2]))
+                    throw std::runtime_error("it came to another end");
+            });
+        } else if (is("(read|write) (-?\\d)/(\\d+) ([0-9a-f]+)(?: = ([0-9a-f]+)| (fails))?")) {
+            act([&] { transfer(); });
         } else if (is("m_.*")) {
             if (const std::string found = difference(hands, statement_); !found.empty())
                 throw std::runtime_error(found);
@@ -148,6 +164,45 @@ class Performance {
     bool is(const std::string& form) {
         static std::map<std::string, std::regex> forms;
         return std::regex_match(statement_, part_, forms.try_emplace(form, form).first->second);
+    }
+
+    /// Breaks one thing of the camera, as the statement says.
+    void plant(virtualcam::Faults& faults) {
+        using virtualcam::Faults;
+        static const std::map<std::string, IOReturn Faults::*> steps{
+            {"deviceCreatePlugIn", &Faults::deviceCreatePlugIn},
+            {"deviceQueryInterface", &Faults::deviceQueryInterface},
+            {"deviceInterfaces", &Faults::deviceInterfaces},
+            {"interfaceCreatePlugIn", &Faults::interfaceCreatePlugIn},
+            {"interfaceQueryInterface", &Faults::interfaceQueryInterface},
+            {"interfaceOpen", &Faults::interfaceOpen}};
+        if (part_[1].matched)
+            (part_[1] == "length" ? faults.lengths
+                                  : faults.shortReads)[*controlsIn(part_[2]).begin()] =
+                static_cast<std::uint16_t>(std::stoi(part_[3]));
+        else if (part_[4] == "noVideoControl")
+            faults.noVideoControl = true;
+        else if (part_[4] == "delay")
+            faults.delay = std::chrono::milliseconds(std::stoi(part_[5]));
+        else
+            faults.*steps.at(part_[4]) = std::stoi(part_[5]);
+        stage_.camera.setWait([](auto) {});
+    }
+
+    /// Transfers what the statement says. Behind the room for it the sanitizer watches.
+    void transfer() {
+        const QByteArray given = QByteArray::fromHex(part_.str(4).c_str());
+        std::vector<std::uint8_t> room(given.begin(), given.end());
+        const auto kind = static_cast<std::uint32_t>(std::stoi(part_[2]));
+        const auto status = Capture_Transfer(static_cast<std::uint32_t>(std::stoi(part_[3])),
+                                             part_[1] == "write" ? 1 : 0, room.data(),
+                                             static_cast<std::uint32_t>(room.size()), kind);
+        if (status != (part_[6].matched ? 1 : 0) || g_dataBuffer != nullptr)
+            throw std::runtime_error("it came to another end");
+        if (part_[5].matched &&
+            QByteArray(reinterpret_cast<const char*>(room.data()), std::ssize(room)).toHex() !=
+                part_.str(5).c_str())
+            throw std::runtime_error("something else was read");
     }
 
     /// Does something, once all that came of what was done before has been expected.
