@@ -10,9 +10,8 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
     setEditable(true);
     setInsertPolicy(NoInsert);
     setCompleter(nullptr);
-    // Cameras of one kind share their name, and the toolkit must not pick one of them on Return.
-    setDuplicatesEnabled(true);
-    // Nor may it put an item that differs in case only in place of what the user typed.
+    // On Return the toolkit would choose the first of several cameras of one name, and put an item
+    // that differs in case only in place of what the user typed.
     disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
 }
 
