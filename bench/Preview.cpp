@@ -127,5 +127,6 @@ int main(int argc, char** argv) {
     for (const std::string& line : fixture.log().take())
         fmt::print(stderr, "{}\n", line);
     watch.report();
+    fixture.stop();  // before its back end goes
     return status;
 }

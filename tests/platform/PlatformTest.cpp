@@ -1,12 +1,10 @@
-// What all back ends share: texts, layers, notifications and the way to a USB interface.
+// What all back ends share: texts, notifications and the way to a USB interface.
 
 #include <gmock/gmock.h>
 
 #include <QString>
 #include <cerrno>
 
-#include "platform/AVCaptureSession.h"
-#include "platform/CALayer.h"
 #include "platform/IOKit.h"
 #include "platform/NSNotificationCenter.h"
 #include "platform/UVC.h"
@@ -43,49 +41,6 @@ TEST(Utf8Test, PrintsAllButControlsLineBreaksAndMarksOfDirection) {
         });
         ASSERT_EQ(platform::printableUtf8(text), goes ? " " : text) << std::hex << +character;
     }
-}
-
-TEST(SessionTest, RunsItsOneInputOnceAndEndsItWithItself) {
-    std::string calls;
-    struct Source : platform::VideoSource {
-        explicit Source(std::string& said) : calls(said) {}
-        void start(const platform::VideoLimits& limits, platform::VideoSink& /*sink*/) override {
-            calls += "start " + std::to_string(limits.width) + 'x' + std::to_string(limits.height);
-        }
-        void stop() override { calls += " stop "; }
-        std::string& calls;
-    };
-    {
-        AVCaptureSession session;
-        session.startRunning();
-        for (int input = 0; input < 2; ++input) {
-            session.addInput(
-                std::make_unique<AVCaptureDeviceInput>(std::make_unique<Source>(calls)));
-            session.startRunning();
-            session.startRunning();
-            session.setSessionPreset(AVCaptureSessionPresetMedium);
-        }
-    }
-    EXPECT_EQ(calls, "start 0x0 stop start 640x480 stop ");
-}
-
-TEST(LayerTest, TellsItsViewOfEachChangeAndMayOutliveItsSuperlayer) {
-    auto base = CALayer::layer();
-    const auto sublayer = CALayer::layer();
-    std::vector<const CALayer*> changed;
-    base->setDisplayHandler([&](const CALayer& layer) { changed.push_back(&layer); });
-    base->addSublayer(sublayer);
-    base->setBackgroundColor({});
-    sublayer->setFrame({1, 2, 30, 40});
-    sublayer->setAutoresizingMask(kCALayerHeightSizable);
-    base->setFrame({0, 0, 10, 5});
-    EXPECT_THAT(changed,
-                ElementsAre(base.get(), base.get(), sublayer.get(), sublayer.get(), base.get()));
-    EXPECT_EQ(sublayer->frame().width, 30);
-    EXPECT_EQ(sublayer->frame().height, 45);
-    base.reset();
-    sublayer->setNeedsDisplay();
-    EXPECT_EQ(changed.size(), 5U);
 }
 
 struct Observer : NSObject {
