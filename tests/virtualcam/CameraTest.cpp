@@ -1,166 +1,135 @@
-// The built-in camera by itself: what it answers to each request, what its automatic modes do, and
-// what it remembers.
+// The built-in camera by itself: what it answers, what its automatic modes do, and its pictures.
 
 #include <gmock/gmock.h>
 
+#include <QByteArray>
+#include <QImage>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <numeric>
 #include <sstream>
 
 #include "tests/support/CameraFixture.h"
+#include "virtualcam/scene/FrameGenerator.h"
 
 namespace virtualcam {
 namespace {
 
-/// Sends the request of a line like "21 01 0200 0300 2 | 64 00", and returns it with what became of
-/// it. What is read behind the bar is sent; the room for a reply is as long as the request says.
-std::string sent(VirtualCamera& camera, const std::string& line) {
-    IOUSBDevRequest request{};
-    std::istringstream text(line.substr(0, line.find('|')));
-    std::array<unsigned, 4> setup{};
-    for (unsigned& part : setup)
-        text >> std::hex >> part;
-    text >> std::dec >> request.wLength;
-    request.bmRequestType = static_cast<std::uint8_t>(setup[0]);
-    request.bRequest = static_cast<std::uint8_t>(setup[1]);
-    request.wValue = static_cast<std::uint16_t>(setup[2]);
-    request.wIndex = static_cast<std::uint16_t>(setup[3]);
-    std::vector<std::uint8_t> data;
-    if (line.starts_with("2") && line.find('|') != std::string::npos) {
-        std::istringstream bytes(line.substr(line.find('|') + 1));
-        for (unsigned byte = 0; bytes >> std::hex >> byte;)
-            data.push_back(static_cast<std::uint8_t>(byte));
+/// Calls `visit` with each row of a file of this folder. What is behind a "#" is for people.
+template <typename Visit>
+void forEachRow(const char* name, const Visit& visit) {
+    std::ifstream file(std::string(QUELVO_CAMERA_TESTS "/") + name);
+    int number = 0;
+    for (std::string row; std::getline(file, row);) {
+        row.resize(std::min(row.find('#'), row.size()));
+        row.resize(row.find_last_not_of(' ') + 1);
+        SCOPED_TRACE(testing::Message() << name << ':' << ++number << ": " << row);
+        if (!row.empty())
+            visit(row);
     }
-    data.resize(request.wLength);
+}
+
+/// Sends the request that `wireText` gives as this row, and returns it with what became of it, and
+/// with the reason that the camera now gives for its last refusal.
+std::string sent(VirtualCamera& camera, const std::string& row) {
+    IOUSBDevRequest request{};
+    std::sscanf(row.c_str(), "%hhx %hhx %hx %hx %hu", &request.bmRequestType, &request.bRequest,
+                &request.wValue, &request.wIndex, &request.wLength);
+    QByteArray data(request.wLength, '\xCC');
+    if (row.starts_with('2') && row.find('|') < row.size())
+        data = QByteArray::fromHex(row.substr(row.find('|')).c_str()).first(request.wLength);
     request.pData = data.data();
     const IOReturn result = camera.controlRequest(request);
     const RequestRecord record = camera.requests().back();
     EXPECT_EQ(record.result, result);
-    return wireText(record);
+    QByteArray why(1, '\0');
+    IOUSBDevRequest reason{requestFromInterface, GET_CUR, 0x0200, 0, 1, why.data()};
+    EXPECT_EQ(camera.controlRequest(reason), 0);
+    return wireText(record) + (why[0] == '\0' ? "" : " why " + why.toHex().toStdString());
 }
 
-/// Sends the requests of the lines one after the other: each must end as its line says, and the
-/// camera must then give this reason for its last refusal.
-void expectAnswers(VirtualCamera& camera, RequestError reason,
-                   const std::vector<std::string>& lines) {
-    for (const std::string& line : lines) {
-        EXPECT_EQ(sent(camera, line), line);
-        std::array<char, 40> why{};
-        std::snprintf(why.data(), why.size(), "a1 81 0200 0000 1 | %02x",
-                      static_cast<unsigned>(reason));
-        EXPECT_EQ(sent(camera, why.data()), why.data()) << "after " << line;
+TEST(CameraTest, AnswersEachRequestAndMovesWhatItsAutomaticModesHold) {
+    VirtualCamera camera(studioCamera());
+    IOUSBDevRequest none{};
+    for (int i = 0; i < 4096; ++i)
+        camera.controlRequest(none);
+    camera.setFaults({.lengths = {{{16, XU_FLIP_H}, 9}, {{16, XU_FLIP_V}, 0}}});
+    forEachRow("requests.txt", [&](const std::string& row) {
+        if (row == "restart")
+            camera.powerOn();
+        else if (row.starts_with("pictures "))
+            for (int left = std::stoi(row.substr(9)); left > 0; --left)
+                camera.nextPicture();
+        else
+            EXPECT_EQ(sent(camera, row), row);
+    });
+    // The last thing is that everything is restored.
+    EXPECT_EQ(camera.picture(), (PictureState{.whiteBalance = 6500, .style = 6}))
+        << "all else as a camera without controls shows it";
+    EXPECT_EQ(camera.requests().size(), 4096U) << "the last ones are remembered";
+}
+
+constexpr PictureSize size{128, 96};
+
+/// Draws the pictures of pictures.txt below each other.
+QImage drawPictures() {
+    std::vector<std::uint32_t> pixels;
+    std::map<std::string, std::vector<std::uint8_t>> controls;  // unit, selector, bytes of a number
+    const auto generator = makeSceneGenerator(size);
+    forEachRow("pictures.txt", [&](const std::string& row) {
+        std::istringstream words(row);
+        std::string word;
+        words >> word;
+        if (word == "control") {
+            words >> word;
+            for (int number = 0; words >> number;)
+                controls[word].push_back(static_cast<std::uint8_t>(number));
+            return;
+        }
+        const std::uint64_t index = std::stoull(word);
+        VirtualCamera camera(studioCamera());
+        while (std::getline(words >> std::ws, word, '=')) {
+            const auto& control = controls.at(word);
+            std::vector<std::uint8_t> value;
+            do {
+                int number = 0;
+                words >> number;
+                for (int byte = 0; byte < control.at(2); ++byte)
+                    value.push_back(static_cast<std::uint8_t>(number >> 8 * byte));
+            } while (words.get() == ',');
+            setInCamera(camera, {control[0], control[1]}, value);
+        }
+        constexpr std::size_t count = std::size_t{size.width} * size.height;
+        pixels.resize(pixels.size() + count);
+        generator->generate(camera.picture(), index, std::span(pixels).last(count));
+    });
+    return QImage(reinterpret_cast<const uchar*>(pixels.data()), size.width,
+                  static_cast<int>(pixels.size()) / size.width, QImage::Format_RGB32)
+        .convertToFormat(QImage::Format_RGB888);
+}
+
+// After a change of the scene that is meant, QUELVO_KEEP_PICTURES=1 keeps the new pictures instead.
+TEST(CameraTest, ItsPicturesAreThoseThatWereKept) {
+    const char* const path = QUELVO_CAMERA_TESTS "/pictures.png";
+    const QImage is = drawPictures();
+    if (qEnvironmentVariableIsSet("QUELVO_KEEP_PICTURES")) {
+        // In steps of eight: the file is then half as large, and what counts can still be told.
+        QImage coarse = is;
+        std::transform(is.constBits(), is.constBits() + is.sizeInBytes(), coarse.bits(),
+                       [](int value) { return static_cast<uchar>((value & 0xF8) | 0x04); });
+        ASSERT_TRUE(coarse.save(path, "PNG", 0));
     }
-}
-
-TEST(RequestTest, EveryKindOfControlTakesItsOwnRequests) {
-    const std::string zeros = " 00 00 00 00 00 00";
-    VirtualCamera camera(studioCamera());
-    expectAnswers(
-        camera, RequestError::none,
-        {"a1 81 0200 0300 2 | 07 00",  // a number with a sign: brightness
-         "a1 82 0200 0300 2 | 01 ff", "a1 83 0200 0300 2 | ff 00", "a1 84 0200 0300 2 | 01 00",
-         "a1 87 0200 0300 2 | 07 00", "a1 86 0200 0300 1 | 03", "a1 81 0200 0300 8 | 07 00",
-         "a1 82 0300 0300 2 | 00 00",  // one without a sign: contrast
-         "a1 87 0b00 0300 1 | 01",     // a switch: automatic white balance
-         "a1 87 0500 0300 1 | 02",     // a choice: mains frequency
-         "a1 84 0200 0100 1 | 09",     // bits: exposure mode
-         "a1 87 0200 0100 1 | 08", "a1 85 0900 1000 2 | 18 00",  // a text: version
-         "a1 81 0900 1000 24 | 56 39 2e 32 2e 34" + zeros + zeros + zeros, "a1 86 0900 1000 1 | 01",
-         "a1 86 1700 1000 1 | 02",    // a trigger: restore
-         "a1 86 0200 0000 1 | 01"});  // the reason itself
-    expectAnswers(camera, RequestError::invalidRequest,
-                  {"a1 82 0b00 0300 1 !", "a1 83 0b00 0300 1 !", "a1 84 0b00 0300 1 !",
-                   "a1 84 0500 0300 1 !", "a1 82 0200 0100 1 !", "a1 83 0200 0100 1 !",
-                   "a1 84 0900 1000 24 !", "a1 87 0900 1000 24 !", "21 01 0900 1000 1 | 31 !",
-                   "a1 81 1700 1000 1 !", "a1 87 1700 1000 1 !",
-                   "a1 85 0200 0300 2 !",  // only the vendor's lengths are not standard
-                   "a1 80 0200 0300 2 !", "a1 88 0200 0300 2 !", "a1 87 0200 0000 1 !"});
-}
-
-TEST(RequestTest, WhatIsAddressedWronglyIsRefused) {
-    VirtualCamera camera(studioCamera());
-    expectAnswers(
-        camera, RequestError::invalidRequest,
-        {"a1 81 0201 0300 2 !", "a1 81 0200 0301 2 !",          // not interface 0
-         "c1 81 0200 0300 2 !", "22 01 0200 0300 2 | 01 00 !",  // no class request to it
-         "a1 01 0200 0300 2 !", "21 81 0200 0300 2 | 01 00 !",  // the other direction
-         "a1 81 0200 0300 1 !", "a1 85 1900 1000 1 !",          // no room
-         "21 01 0200 0300 1 | 01 !", "21 01 0200 0300 3 | 01 00 00 !", "21 01 0200 0300 0 !"});
-    expectAnswers(camera, RequestError::invalidUnit, {"a1 81 0200 0200 2 !"});
-    expectAnswers(camera, RequestError::invalidControl,
-                  {"a1 81 0c00 0300 2 !", "a1 81 0100 0000 1 !", "a1 81 0200 0000 0 !"});
-    camera.setFaults({.stalled = {{3, PU_BRIGHTNESS_CONTROL}},
-                      .lengths = {{{16, XU_FLIP_H}, 9}, {{16, XU_FLIP_V}, 0}}});
-    expectAnswers(camera, RequestError::unknown, {"a1 81 0200 0300 2 !"});
-    expectAnswers(camera, RequestError::invalidRequest,
-                  {"21 01 1900 1000 9 | 01 00 00 00 00 00 00 00 00 !", "21 01 1800 1000 0 !"});
-    camera.powerOn();
-    EXPECT_EQ(sent(camera, "a1 81 0200 0000 1"), "a1 81 0200 0000 1 | 00");
-}
-
-TEST(RequestTest, OnlyLegalValuesAreStored) {
-    VirtualCamera camera(studioCamera());
-    expectAnswers(
-        camera, RequestError::none,
-        {"21 01 0200 0300 2 | 01 ff", "a1 81 0200 0300 2 | 01 ff", "21 01 0300 0300 2 | ff 00",
-         "21 01 0200 0100 1 | 01", "21 01 0d00 0100 8 | 10 0e 00 00 e0 e3 ff ff",
-         "a1 81 0d00 0100 8 | 10 0e 00 00 e0 e3 ff ff", "21 01 0f00 1000 2 | f6 ff"});
-    expectAnswers(camera, RequestError::outOfRange,
-                  {"21 01 0200 0300 2 | 00 ff !", "21 01 0200 0300 2 | 00 01 !",
-                   "21 01 0300 0300 2 | ff ff !",  // without a sign it is 65535
-                   "21 01 0400 0100 4 | 00 00 00 00 !", "21 01 0400 0100 4 | ff ff ff ff !",
-                   "21 01 0200 0100 1 | 09 !", "21 01 0200 0100 1 | 00 !",
-                   "21 01 0200 0100 1 | 02 !",  // two modes, none, or one that it lacks
-                   "21 01 0d00 0100 8 | 01 00 00 00 00 00 00 00 !",
-                   "21 01 0d00 0100 8 | 00 00 00 00 01 00 00 00 !",  // between two steps
-                   "21 01 0f00 1000 2 | fd 00 !", "21 01 1700 1000 1 | 00 !"});
-    const PictureState state = camera.picture();
-    EXPECT_EQ((std::tuple(state.brightness, state.contrast, state.pan, state.tilt, state.redGain)),
-              (std::tuple(-255, 255, 3600, -7200, -10)));
-    expectAnswers(camera, RequestError::none, {"21 01 1700 1000 1 | 01"});
-    const PictureState restored{.whiteBalance = 6500, .style = 6};
-    EXPECT_TRUE(camera.picture() == restored) << "all else as a camera without controls shows it";
-}
-
-TEST(RequestTest, TheLastRequestsAreRemembered) {
-    VirtualCamera camera(studioCamera());
-    sent(camera, "a1 81 0300 0300 2");
-    for (int i = 0; i < 4095; ++i) {
-        IOUSBDevRequest request{0x21, SET_CUR};
-        camera.controlRequest(request);
-    }
-    EXPECT_EQ(wireText(camera.requests().front()), "a1 81 0300 0300 2 | 07 00");
-    sent(camera, "a1 81 0200 0300 2");
-    EXPECT_EQ(camera.requests().size(), 4096U);
-    EXPECT_EQ(wireText(camera.requests().front()), "21 01 0000 0000 0 !");
-}
-
-TEST(AutomaticModeTest, MovesWhatItHoldsStepByStepAndThenWithTheScene) {
-    VirtualCamera camera(studioCamera());
-    const auto held = [&camera] {
-        const PictureState state = camera.picture();
-        return std::tuple(state.focus, state.exposureTime, state.whiteBalance);
-    };
-    expectAnswers(camera, RequestError::none,
-                  {"a1 86 0600 0100 1 | 0f", "a1 86 0400 0100 1 | 0f", "a1 86 0a00 0300 1 | 0f"});
-    expectAnswers(camera, RequestError::wrongState,
-                  {"21 01 0600 0100 2 | 00 00 !", "21 01 0400 0100 4 | 01 00 00 00 !",
-                   "21 01 0a00 0300 2 | 58 1b !"});
-    expectAnswers(camera, RequestError::none,
-                  {"21 01 0800 0100 1 | 00", "21 01 0200 0100 1 | 01", "21 01 0b00 0300 1 | 00",
-                   "a1 86 0600 0100 1 | 0b", "21 01 0600 0100 2 | 00 00",
-                   "21 01 0400 0100 4 | 01 00 00 00", "21 01 0a00 0300 2 | 58 1b"});
-    camera.powerOn();
-    camera.nextPicture();
-    EXPECT_EQ(held(), std::tuple(0, 1, 7000)) << "it is the hand's";
-    expectAnswers(camera, RequestError::none,
-                  {"21 01 0800 0100 1 | 01", "21 01 0200 0100 1 | 08", "21 01 0b00 0300 1 | 01"});
-    camera.nextPicture();
-    EXPECT_EQ(held(), std::tuple(16, 7, 6960));
-    for (const auto& [pictures, values] :
-         {std::pair(58, std::tuple(172, 179, 5380)), {120, {148, 155, 5020}}}) {
-        for (int picture = 0; picture < pictures; ++picture)
-            camera.nextPicture();
-        EXPECT_EQ(held(), values) << "a quarter of the scene's turn, and three";
+    const QImage was = QImage(path).convertToFormat(QImage::Format_RGB888);
+    ASSERT_EQ(is.size(), was.size());
+    constexpr int bytes = 3 * size.width * size.height;
+    for (qsizetype start = 0; start < is.sizeInBytes(); start += bytes) {
+        const uchar* first = is.constBits() + start;
+        const int different = std::transform_reduce(
+            first, first + bytes, was.constBits() + start, 0, std::plus(),
+            [](int one, int other) { return std::abs(one - other) > 6 ? 1 : 0; });
+        EXPECT_LE(different, 4) << "in picture " << start / bytes + 1;
     }
 }
 

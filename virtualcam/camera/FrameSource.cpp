@@ -58,8 +58,7 @@ void FrameSource::deliver(const std::stop_token& stop, PictureSize size,
                           platform::VideoSink& sink) {
     constexpr auto interval = std::chrono::nanoseconds(std::chrono::seconds(1)) / framesPerSecond;
     const auto count = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-    const std::unique_ptr<FrameGenerator> generator = makeSceneGenerator();
-    generator->configure(size);
+    const std::unique_ptr<FrameGenerator> generator = makeSceneGenerator(size);
     std::string reason;
     auto wake = VideoPort::Wake::time;
     Clock::time_point next = Clock::now();

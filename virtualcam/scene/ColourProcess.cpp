@@ -76,8 +76,7 @@ double share(std::size_t to, std::size_t from, double angle, double saturation) 
 }  // namespace
 
 const Style& styleOf(const PictureState& state) {
-    const bool known = state.style >= 0 && static_cast<std::size_t>(state.style) < styles.size();
-    return styles[known ? static_cast<std::size_t>(state.style) : 0];
+    return styles.at(static_cast<std::size_t>(state.style));
 }
 
 ColourProcess::ColourProcess(const PictureState& state) {

@@ -17,7 +17,7 @@ struct Style {
     double shadows = 0;     ///< how much the dark parts are lifted, 0 to 1
 };
 
-/// The preset of `XU_STYLE`; a number outside of the list gives the plain picture.
+/// The preset of `XU_STYLE`.
 const Style& styleOf(const PictureState& state);
 
 /// Turns the light of the scene into the colours of the picture.

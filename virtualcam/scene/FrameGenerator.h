@@ -22,9 +22,6 @@ class FrameGenerator {
   public:
     virtual ~FrameGenerator() = default;
 
-    /// Sets the size of the pictures from now on.
-    virtual void configure(PictureSize size) = 0;
-
     /// Draws picture number `index` as `state` asks into `pixels`, row by row without gaps, each
     /// pixel 0x00RRGGBB. Equal arguments give equal pictures.
     virtual void generate(const PictureState& state, std::uint64_t index,
@@ -32,6 +29,6 @@ class FrameGenerator {
 };
 
 /// Returns a generator of a scene in which every control can be seen to work.
-std::unique_ptr<FrameGenerator> makeSceneGenerator();
+std::unique_ptr<FrameGenerator> makeSceneGenerator(PictureSize size);
 
 }  // namespace virtualcam

@@ -59,7 +59,9 @@ float flicker(const PictureState& state, std::uint64_t index, int y, int height)
 
 class SceneGenerator : public FrameGenerator {
   public:
-    void configure(PictureSize size) override;
+    explicit SceneGenerator(PictureSize size)
+        : size_(size), noiseLine_(static_cast<std::size_t>(size.width)) {}
+
     void generate(const PictureState& state, std::uint64_t index,
                   std::span<std::uint32_t> pixels) override;
 
@@ -68,18 +70,12 @@ class SceneGenerator : public FrameGenerator {
     void develop(const std::uint32_t* light, const ColourProcess& colours, float bright,
                  std::uint32_t* out);
 
-    PictureSize size_;
+    const PictureSize size_;
     std::optional<Optics> optics_;
     Image scenery_;  // as `optics_` show it
     Noise noise_;
     std::vector<int> noiseLine_;  // of one row
 };
-
-void SceneGenerator::configure(PictureSize size) {
-    size_ = size;
-    optics_.reset();
-    noiseLine_.resize(static_cast<std::size_t>(size.width));
-}
 
 void SceneGenerator::drawScenery(const Optics& optics) {
     scenery_ = Image(size_.width, size_.height);
@@ -134,8 +130,8 @@ void SceneGenerator::generate(const PictureState& state, std::uint64_t index,
 
 }  // namespace
 
-std::unique_ptr<FrameGenerator> makeSceneGenerator() {
-    return std::make_unique<SceneGenerator>();
+std::unique_ptr<FrameGenerator> makeSceneGenerator(PictureSize size) {
+    return std::make_unique<SceneGenerator>(size);
 }
 
 }  // namespace virtualcam

@@ -23,8 +23,8 @@ void paintSky(Painter& painter) {
                          : between(middle, low, (p.y - 330) / 180);
     });
     constexpr Point sun{742, 268};
-    painter.glow({sun, 190, 190}, {1, 0.93, 0.72, 0.6});
-    painter.fill(Ellipse{sun, 30, 30}, Colour{1, 0.96, 0.80});
+    painter.glow({sun, 190, 190}, {1, 0.97, 0.90, 0.6});
+    painter.fill(Ellipse{sun, 30, 30}, Colour{1, 0.98, 0.86});
     // Each cloud is some puffs beside each other.
     for (const Point cloud : {Point{120, 170}, {430, 262}, {560, 120}, {900, 292}, {1130, 150}})
         for (const Ellipse& puff :
@@ -121,8 +121,8 @@ void paintFace(Painter& painter, Point c) {
         painter.fill(Ellipse{eye, 10, 6.5}, paper);
         painter.fill(Ellipse{eye, 5.2, 5.2}, Colour{0.24, 0.42, 0.46});
         painter.fill(Ellipse{eye, 2.4, 2.4}, ink);
-        painter.fill(Line{{c.x + side * 10, c.y - 22}, {c.x + side * 30, c.y - 24}, 3.6}, hair);
-        painter.glow({{c.x + side * 30, c.y + 18}, 17, 17}, {0.92, 0.44, 0.42, 0.45});
+        painter.fill(Line{{c.x + side * 10, c.y - 24}, {c.x + side * 30, c.y - 23}, 3.6}, hair);
+        painter.glow({{c.x + side * 30, c.y + 18}, 17, 17}, {0.92, 0.44, 0.42, 0.35});
     }
     painter.fill(Line{{c.x + 1, c.y - 2}, {c.x + 5, c.y + 15}, 3}, shade);
     painter.fill(Crescent{{{c.x, c.y + 20}, 19, 19}, {{c.x, c.y + 6}, 23, 23}}, lips);
