@@ -30,6 +30,13 @@ int fail(const std::string& error) {
     return errno = 0;
 }
 
+udev_device* deviceOf(const Fields& fields) {
+    const std::string& path = fields.at("syspath");
+    const std::string above = path.substr(0, path.rfind('/'));
+    return new udev_device{
+        fields, std::unique_ptr<udev_device>(udev_device_new_from_syspath(nullptr, above.c_str()))};
+}
+
 /// Makes a call on the device file at this path fail if there is none, or if it says so.
 int reach(const char* path) {
     const auto file = fakeMachine.tree.find(path);
@@ -59,15 +66,12 @@ int answer(Fields& node, unsigned long request, void* argument) {
         std::ranges::copy(node["card"], capability.card);
         capability.capabilities = static_cast<std::uint32_t>(number("capabilities"));
         capability.device_caps = static_cast<std::uint32_t>(number("device_caps"));
-    } else if (request == VIDIOC_REQBUFS) {
-        const auto& buffers = *static_cast<v4l2_requestbuffers*>(argument);
-        EXPECT_EQ(buffers.count + buffers.type, V4L2_BUF_TYPE_VIDEO_CAPTURE);
     } else if (request == VIDIOC_QUERY_EXT_CTRL) {
         auto& control = *static_cast<v4l2_query_ext_ctrl*>(argument);
         control.minimum = number(fmt::format("{:x}.minimum", control.id));
         control.maximum = number(fmt::format("{:x}.maximum", control.id));
         control.flags = static_cast<std::uint32_t>(number(fmt::format("{:x}.flags", control.id)));
-    } else {
+    } else if (request != VIDIOC_REQBUFS) {
         const auto& all = *static_cast<v4l2_ext_controls*>(argument);
         EXPECT_EQ(all.which, static_cast<std::uint32_t>(V4L2_CTRL_WHICH_CUR_VAL));
         EXPECT_EQ(all.count, all.controls->id == V4L2_CID_PAN_ABSOLUTE ? 2U : 1U);
@@ -97,20 +101,20 @@ void FakeMachine::change(const std::string& line) {
     std::istringstream words(line);
     std::string path, word;
     words >> path;
-    const std::string name = path.substr(path.rfind('/') + 1);
-    const std::string number = name.substr(name.find_last_not_of("0123456789") + 1);
-    tree[path].insert({{"syspath", path}, {"sysname", name}, {"sysnum", number}});
+    Fields& fields = tree[path];
+    fields["syspath"] = path;
+    fields["sysname"] = path.substr(path.rfind('/') + 1);
+    fields["sysnum"] = path.substr(path.find_last_not_of("0123456789") + 1);
     while (words >> word) {
         const std::size_t sign = word.find('=');
-        const std::string key = word.substr(0, sign);
         std::string value = word.substr(sign + 1);
         std::ranges::replace(value, '~', ' ');
         if (word == "gone")
             std::erase_if(tree, [&](const auto& entry) { return entry.first.starts_with(path); });
-        else if (key == "event")
-            events.emplace_back(tree[path])["action"] = value;
+        else if (word.starts_with("event="))
+            events.emplace_back(fields)["action"] = value;
         else
-            tree[path][key] = value;
+            fields[word.substr(0, sign)] = value;
     }
 }
 
@@ -132,20 +136,16 @@ dev_t udev_device_get_devnum(udev_device* device) {
 udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device,
                                                            const char* subsystem,
                                                            const char* type) {
-    const std::string path = device->said["syspath"];
-    auto& parent = device->parent;
-    if (!parent)
-        parent.reset(
-            udev_device_new_from_syspath(nullptr, path.substr(0, path.rfind('/')).c_str()));
-    if (!parent || subsystem == nullptr ||
-        (parent->said["subsystem"] == subsystem && parent->said["devtype"] == type))
-        return parent.get();
-    return udev_device_get_parent_with_subsystem_devtype(parent.get(), subsystem, type);
+    udev_device* parent = device->parent.get();
+    while (parent != nullptr && subsystem != nullptr &&
+           (parent->said["subsystem"] != subsystem || parent->said["devtype"] != type))
+        parent = parent->parent.get();
+    return parent;
 }
 
 udev_device* udev_device_new_from_syspath(udev* /*context*/, const char* path) {
     const auto found = fakeMachine.tree.find(path);
-    return found == fakeMachine.tree.end() ? nullptr : new udev_device{found->second, nullptr};
+    return found == fakeMachine.tree.end() ? nullptr : deviceOf(found->second);
 }
 
 udev_enumerate* udev_enumerate_new(udev* /*context*/) {
@@ -179,7 +179,7 @@ udev_device* udev_monitor_receive_device(udev_monitor* /*monitor*/) {
         return fail("EAGAIN"), nullptr;
     const Fields about = fakeMachine.events.front();
     fakeMachine.events.pop_front();
-    return fail(about.at("action")) < 0 ? nullptr : new udev_device{about, nullptr};
+    return fail(about.at("action")) < 0 ? nullptr : deviceOf(about);
 }
 
 // The linker hands the program's own calls over to the functions that are called "wrap" here.

@@ -12,10 +12,9 @@ struct FakeMachine {
     /// Makes it anew, as the file says.
     void reset();
 
-    /// Changes it as a line of the file does: a field is set, or removed when nothing is behind its
-    /// sign. "gone" removes what stands before it, and all that is below. An "event" is one more
-    /// that waits to be heard from udev; one about "udev" itself is the error with which it tells
-    /// of none, and "fails" names what it can't do.
+    /// Changes it as a line of the file does: sets a field, or makes what stands before "gone" go
+    /// with all below it. An "event" waits to be heard from udev; one of "udev" itself is the error
+    /// with which it tells of none, and "fails" names what it can't do.
     void change(const std::string& line);
 
     std::map<std::string, Fields> tree;

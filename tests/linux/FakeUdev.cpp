@@ -45,6 +45,12 @@ udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return unles
 const char* udev_list_entry_get_name(udev_list_entry* entry) { return entry->path.c_str(); }
 udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return destroy(monitor); }
 int udev_monitor_enable_receiving(udev_monitor*) { return udevStatus(__func__); }
+udev_monitor* udev_monitor_new_from_netlink(udev*, const char*) {
+    return make<udev_monitor>(__func__);
+}
+int udev_monitor_filter_add_match_subsystem_devtype(udev_monitor*, const char*, const char*) {
+    return udevStatus(__func__);
+}
 // clang-format on
 
 const char* udev_device_get_sysattr_value(udev_device* device, const char* name) {
@@ -62,16 +68,6 @@ int udev_enumerate_scan_devices(udev_enumerate* search) {
 
 udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) {
     return unlessEnd(search->found.data());
-}
-
-udev_monitor* udev_monitor_new_from_netlink(udev* /*context*/, const char* /*name*/) {
-    return make<udev_monitor>(__func__);
-}
-
-int udev_monitor_filter_add_match_subsystem_devtype(udev_monitor* /*monitor*/,
-                                                    const char* /*subsystem*/,
-                                                    const char* /*type*/) {
-    return udevStatus(__func__);
 }
 
 }  // extern "C"

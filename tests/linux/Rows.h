@@ -23,7 +23,9 @@ inline void checkRows(const std::string& name, const std::function<Lines(const L
         Lines given, expected;
         while (std::getline(file, line) && !line.empty()) {
             const std::size_t arrow = std::min(line.find("->"), line.size());
-            if (arrow > 0 && line[0] != '#')
+            if (line[0] == '#')
+                continue;
+            if (arrow > 0)
                 given.push_back(line.substr(0, line.find_last_not_of(' ', arrow - 1) + 1));
             if (arrow < line.size())
                 expected.push_back(line.substr(std::min(arrow + 3, line.size())));
