@@ -2,8 +2,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <semaphore>
 
+#include "platform/linux/devices/VideoNode.h"
 #include "platform/linux/preview/ClosingPreviews.h"
 #include "platform/linux/preview/Preview.h"
 #include "platform/linux/preview/PreviewMode.h"
@@ -39,47 +41,23 @@ struct Recorder : VideoSink {
     std::counting_semaphore<> shown{0}, ended{0};
 };
 
-/// Makes 20 pictures unreadable, more than a decoder bears by itself, marks the next one, has the
-/// one after it say that it comes in several scans, and the third that it is far larger. The fourth
-/// is sound, but lacks the usual Huffman tables, as many cameras' do.
-GstPadProbeReturn damage(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer /*unused*/) {
-    GstBuffer* buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
-    GST_PAD_PROBE_INFO_DATA(info) = buffer;
-    const auto number = GST_BUFFER_PTS(buffer) / (33 * GST_MSECOND);
-    std::string image(gst_buffer_get_size(buffer), '\xFF');
-    if (number >= 20)
-        gst_buffer_extract(buffer, 0, image.data(), image.size());
-    const auto tables = image.find("\xFF\xC4");
-    const auto scan = image.find("\xFF\xDA");
-    if (number == 20)
-        GST_BUFFER_FLAG_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
-    else if (number == 21)
-        image.replace(scan, 14, "\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00", 10);
-    else if (number == 22)
-        image.replace(image.find("\xFF\xC0") + 5, 4, "\x06\x00\x06\x00", 4);
-    else if (number == 23)
-        image.erase(tables, scan - tables);
-    gst_buffer_fill(buffer, 0, image.data(), image.size());
-    gst_buffer_set_size(buffer, static_cast<gssize>(image.size()));
-    return GST_PAD_PROBE_OK;
+/// What keeps the machine's camera from being used.
+std::string whyNot() {
+    return whyNotUsable("/dev/video10");
 }
 
-/// The elements that `description` names, with one pad.
+/// The elements that `description` names, with one pad; null for none.
 GstElement* elements(const std::string& description) {
-    GstElement* bin = gst_parse_bin_from_description_full(description.c_str(), TRUE, nullptr,
-                                                          GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
-    const GstPadPtr pad(gst_element_get_static_pad(bin, "src"));
-    if (description.ends_with("name=damaged"))
-        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, damage, nullptr, nullptr);
-    return bin;
-}
-
-std::string usable() {
-    return "";
+    return description.empty()
+               ? nullptr
+               : gst_parse_bin_from_description_full(description.c_str(), TRUE, nullptr,
+                                                     GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
 }
 
 struct Preview : testing::Test {
     void SetUp() override {
+        fakeMachine.reset();
+        std::filesystem::current_path(QUELVO_LINUX_TESTS);
         ASSERT_EQ(loadGStreamer(), "");
         g_log_set_always_fatal(G_LOG_LEVEL_CRITICAL);  // what GLib calls wrong is wrong
     }
@@ -90,8 +68,7 @@ struct Preview : testing::Test {
     std::unique_ptr<VideoSource> preview(const std::string& origin) {
         if (origin.starts_with('/'))
             return openPreview(origin, closing);
-        return makePreview({[=] { return origin.empty() ? nullptr : elements(origin); }, usable},
-                           closing);
+        return makePreview({[=] { return elements(origin); }, whyNot}, closing);
     }
 
     const std::shared_ptr<ClosingPreviews> closing = std::make_shared<ClosingPreviews>();
@@ -112,13 +89,14 @@ TEST_F(Preview, TakesAModeAsLargeAsTheLimitsThenSmoothThenEasyToDecode) {
 
 TEST_F(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
     checkRows("previews.txt", [this](const Lines& given) {
-        std::string origin = joined(given, " ");
-        if (origin.starts_with('/')) {
-            fakeMachine.change(origin);
-            origin.resize(origin.find(' '));
+        fakeMachine.reset();
+        Lines origin = given;
+        if (!origin.empty() && origin[0].starts_with("/dev/video10")) {
+            fakeMachine.change(origin[0]);
+            origin.erase(origin.begin());
         }
         Recorder recorder;
-        auto source = preview(origin);
+        auto source = preview(joined(origin, " "));
         source->start({640, 480}, recorder);
         recorder.ended.acquire();
         source.reset();
@@ -160,7 +138,7 @@ TEST_F(Preview, NobodyWaitsForACameraThatHangs) {
         over.acquire();
         return nullptr;  // for which nobody is left to be told
     };
-    const PreviewOrigin origin{makeElement, usable, "a camera"};
+    const PreviewOrigin origin{makeElement, whyNot, "a camera"};
     Recorder first, next, other;
     auto source = makePreview(origin, closing);
     source->start({640, 480}, first);
