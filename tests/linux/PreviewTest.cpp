@@ -61,8 +61,7 @@ struct Preview : testing::Test {
         ASSERT_EQ(loadGStreamer(), "");
         g_log_set_always_fatal(G_LOG_LEVEL_CRITICAL);  // what GLib calls wrong is wrong
     }
-    void TearDown() override { waitForAll(); }
-    void waitForAll() { EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1))); }
+    void TearDown() override { EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1))); }
 
     /// A preview of the machine's camera at that path, or of these elements.
     std::unique_ptr<VideoSource> preview(const std::string& origin) {
@@ -90,13 +89,13 @@ TEST_F(Preview, TakesAModeAsLargeAsTheLimitsThenSmoothThenEasyToDecode) {
 TEST_F(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
     checkRows("previews.txt", [this](const Lines& given) {
         fakeMachine.reset();
-        Lines origin = given;
-        if (!origin.empty() && origin[0].starts_with("/dev/video10")) {
-            fakeMachine.change(origin[0]);
-            origin.erase(origin.begin());
+        std::string origin = joined(given, " ");
+        if (origin.starts_with("/dev/video10")) {
+            fakeMachine.change(given[0]);
+            origin.erase(0, given[0].size() + 1);
         }
         Recorder recorder;
-        auto source = preview(joined(origin, " "));
+        auto source = preview(origin);
         source->start({640, 480}, recorder);
         recorder.ended.acquire();
         source.reset();
@@ -122,7 +121,7 @@ TEST_F(Preview, StopsAtOnceAndForGood) {
         source->stop();
         const std::size_t pictures = recorder.frames.size();
         source->stop();
-        waitForAll();
+        TearDown();
         EXPECT_EQ(recorder.frames.size(), pictures);
         EXPECT_THAT(recorder.said, testing::IsEmpty());
     }
