@@ -1,34 +1,37 @@
 #pragma once
 
 #include <fmt/format.h>
+#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
-/// A row of a test's data: the lines that it begins with, and those that say what is expected then.
-struct Row {
-    std::vector<std::string> given;
-    std::vector<std::string> expected;  ///< each stands behind "->" in the file
-};
+using Lines = std::vector<std::string>;
 
-inline std::string inLines(const std::vector<std::string>& lines) {
-    return fmt::format("{}", fmt::join(lines, "\n"));
+inline std::string joined(const Lines& lines, const char* between) {
+    return fmt::format("{}", fmt::join(lines, between));
 }
 
-/// Reads the rows of a file of this folder. Blank lines and those with "#" are for people.
-inline std::vector<Row> readRows(const std::string& name) {
+/// Checks the rows of a file of this folder, with a blank line between them: what `outcome` makes
+/// of a row's lines is what stands behind its arrows. Lines with "#" are for people.
+inline void checkRows(const std::string& name, const std::function<Lines(const Lines&)>& outcome) {
     std::ifstream file(QUELVO_LINUX_TESTS "/" + name);
-    std::vector<Row> rows(1);
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("->")) {
-            rows.back().expected.push_back(line.substr(std::min<std::size_t>(line.size(), 3)));
-        } else if (!line.empty() && line[0] != '#') {
-            if (!rows.back().expected.empty())
-                rows.emplace_back();
-            rows.back().given.push_back(line);
+    ASSERT_TRUE(file) << name;
+    for (std::string line; file;) {
+        Lines given, expected;
+        while (std::getline(file, line) && !line.empty()) {
+            const std::size_t arrow = std::min(line.find("->"), line.size());
+            if (line[0] == '#')
+                continue;
+            if (arrow > 0)
+                given.push_back(line.substr(0, line.find_last_not_of(' ', arrow - 1) + 1));
+            if (arrow < line.size())
+                expected.push_back(line.substr(std::min(arrow + 3, line.size())));
         }
+        if (expected.empty())
+            continue;
+        EXPECT_EQ(joined(outcome(given), "\n"), joined(expected, "\n")) << joined(given, "\n");
     }
-    return rows;
 }
