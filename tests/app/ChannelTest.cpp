@@ -64,8 +64,8 @@ TEST_F(ChannelTest, OpensByTheIdsAtTheEndOrByTheLocation) {
     fixture_.camera().setFaults({});
     EXPECT_THAT(fixture_.requests(), IsEmpty());  // opening asks the camera nothing
     EXPECT_THAT((std::array{HexToInt(""), HexToInt("0G"), HexToInt("FfFfFfFf"),
-                            HexToInt("123456789"), HexToInt("1\xFF")}),
-                ElementsAre(0, 23, -1, 0x23456789, -33));
+                            HexToInt("123456789"), HexToInt("1\xFF"), HexToInt("aAfF")}),
+                ElementsAre(0, 23, -1, 0x23456789, -33, 0xAAFF));
 }
 
 TEST_F(ChannelTest, OpensTheFirstOfTwoDevicesWithTheSameIds) {

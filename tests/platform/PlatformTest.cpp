@@ -1,17 +1,13 @@
-// What all back ends share: texts, notifications and the way to a USB interface.
+// What all back ends share: texts and notifications.
 
 #include <gmock/gmock.h>
 
 #include <QString>
-#include <cerrno>
 
-#include "platform/IOKit.h"
 #include "platform/NSNotificationCenter.h"
-#include "platform/UVC.h"
 #include "platform/Utf8.h"
 #include "platform/backend/Backends.h"
 #include "platform/backend/CaptureBackend.h"
-#include "tests/support/CameraFixture.h"
 
 namespace {
 
@@ -70,39 +66,6 @@ TEST(NotificationTest, DevicesAreAnnouncedAsLongAsSomebodyListens) {
     }
     EXPECT_EQ(capture.listener, nullptr);
     platform::installBackends({});
-}
-
-TEST(UsbTest, DevicesAreFoundByTheirNumbersAndInterfacesByTheirDescriptors) {
-    const CameraFixture fixture;
-    IOMatchingDictionary matching = IOServiceMatching("IOUSBDevice");
-    const auto find = [&] { return IOServiceGetMatchingService({}, matching); };
-    for (const auto& [key, number, isFound] :
-         {std::tuple{"idVendor", 1, false}, {"idVendor", 0xe7a1, true}, {"bcdDevice", 0, false}}) {
-        CFDictionarySetValue(matching, key, {number});
-        EXPECT_EQ(find() != nullptr, isFound) << key << number;
-    }
-    matching = IOServiceMatching("IOUSBInterface");
-    EXPECT_EQ(find(), nullptr);
-    matching = IOServiceMatching("IOUSBDevice");
-    std::unique_ptr<IOUSBDeviceStruct942> device;
-    std::unique_ptr<IOUSBInterfaceStruct190> interface;
-    const auto& ofDevice = kIOUSBDeviceUserClientTypeID;
-    const IOCFPlugInInterface plugIn(find(), ofDevice);
-    EXPECT_EQ(plugIn.QueryInterface(ofDevice, device), ENOTSUP) << "names no interface";
-    EXPECT_EQ(plugIn.QueryInterface(kIOUSBInterfaceInterfaceID, interface), ENOTSUP);
-    ASSERT_EQ(plugIn.QueryInterface(kIOUSBDeviceInterfaceID, device), 0);
-    for (const auto& [request, count] : {std::pair{IOUSBFindInterfaceRequest{}, 2},
-                                         {{CC_VIDEO, SC_VIDEOSTREAMING}, 1},
-                                         {{.bInterfaceClass = 1}, 0},
-                                         {{.bInterfaceProtocol = 1}, 0},
-                                         {{.bAlternateSetting = 1}, 0}}) {
-        io_iterator_t found;
-        EXPECT_EQ(device->CreateInterfaceIterator(request, found), 0);
-        int number = 0;
-        while (IOIteratorNext(found))
-            ++number;
-        EXPECT_EQ(number, count);
-    }
 }
 
 }  // namespace
