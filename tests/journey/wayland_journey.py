@@ -5,7 +5,7 @@ import subprocess
 import sys
 
 from desk import Desk, descendants, has, kind_of
-from steps import Picture, leave, open_camera, turn_to
+from steps import flip, open_camera, switch_stream
 
 
 class WaylandDesk(Desk):
@@ -13,21 +13,16 @@ class WaylandDesk(Desk):
     def click(widget):
         widget.get_action_iface().do_action(0)
 
-    def _box(self):
-        active = self._active_window()
-        return active if active != self.window else None
-
     def answer(self, question, button):
         """Answers a box by one of its buttons, and waits until it is gone."""
         self.find("label", question)
-        box = self.until(self._box)
-        self.click(next(widget for widget in descendants(box)
+        self.until(lambda: self._active_window() not in (None, self.window))
+        self.click(next(widget for widget in descendants(self._active_window())
                         if kind_of(widget) == "button" and widget.get_name() == button))
         self.until(lambda: has(self.window, "ACTIVE"))
 
     @staticmethod
     def photograph(kind, area=None):
-        """Returns a picture of an area of the screen, or of all of it."""
         crop = ["-g", f"{area.x},{area.y} {area.width}x{area.height}"] if area else []
         return subprocess.check_output(["grim", "-t", kind, *crop, "-"])
 
@@ -36,26 +31,8 @@ class WaylandDesk(Desk):
         subprocess.run(["swaymsg", "--quiet", "[title=Quelvo] kill"], check=True)
 
 
-def change(desk):
-    turn_to(desk, "Standard", "Brightness")
-    plain = Picture(desk)
-    desk.find("slider", "Brightness").get_value_iface().set_current_value(200)
-    desk.wait_number("Brightness", 200)
-    desk.until(lambda: Picture(desk).light > plain.light + 30)
-    turn_to(desk, "Vendor", "Red gain")
-    plain = Picture(desk)
-    desk.press("check box", "Flip horizontally")
-    desk.wait_checked("Flip horizontally")
-    desk.until(lambda: Picture(desk).mirrors(plain))
-
-
-def answer_boxes(desk):
-    for answer, checked in (("Cancel", False), ("OK", True)):
-        desk.press("check box", "H.264 stream")
-        desk.answer("Reboot to Switch H264?", answer)
-        desk.wait_checked("H.264 stream", checked)
-
-
-desk_of_journey = WaylandDesk(sys.argv[1])
-for part in (open_camera, change, answer_boxes, leave):
-    part(desk_of_journey)
+desk = WaylandDesk(sys.argv[1])
+open_camera(desk)
+flip(desk)
+switch_stream(desk, ("Cancel", False), ("OK", True))
+desk.leave()
