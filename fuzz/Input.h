@@ -5,11 +5,12 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The bytes of one run, from which everything is taken that the world outside the program says.
 /// Behind their end there are zeros, which every target reads as a world that behaves.
-struct Input {
+inline struct Input {
     std::span<const std::uint8_t> rest;
 
     bool atEnd() const { return rest.empty(); }
@@ -28,9 +29,7 @@ struct Input {
     std::string text() { return filled(std::string(byte() % 91, '\0')); }
     bool seldom() { return byte() == 0xFF; }
     auto& oneOf(auto&& list) { return *std::next(std::begin(list), byte() % std::ssize(list)); }
-};
-
-inline Input input;
+} input;
 
 /// Ends the run as a finding unless the condition holds: nobody catches this.
 inline void require(bool holds, const char* what) {
