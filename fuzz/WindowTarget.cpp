@@ -2,17 +2,14 @@
 // widgets in any order.
 
 #include <QApplication>
-#include <cerrno>
 #include <set>
 
-#include "app/ViewController.h"
 #include "camera/Transfer.h"
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "fuzz/Input.h"
 #include "pages/vendor/VendorPage.h"
-#include "platform/AVCaptureDevice.h"
 #include "platform/AVCaptureSession.h"
 #include "platform/MainLoop.h"
 #include "platform/backend/Backends.h"
@@ -24,17 +21,14 @@
 
 namespace {
 
+using namespace platform;
+
 /// What happens while a device takes its time; the main loop hears of it afterwards.
 std::function<void()> meanwhile;
 
-IOReturn anyStatus() {
-    static constexpr IOReturn failures[] = {EPIPE, ENODEV, ETIMEDOUT, EBUSY, EACCES, -1};
-    return input.seldom() ? input.oneOf(failures) : 0;
-}
-
 /// Sends no pictures: those are not the camera's own, but the decoder's.
-struct FuzzSource : platform::VideoSource {
-    void start(const platform::VideoLimits& /*limits*/, platform::VideoSink& sink) override {
+struct AnySource : VideoSource {
+    void start(const VideoLimits& /*limits*/, VideoSink& sink) override {
         if (input.seldom())
             sink.failed(input.text());
     }
@@ -42,10 +36,8 @@ struct FuzzSource : platform::VideoSource {
 };
 
 /// A device with all that it has. What it says of itself when it comes stays.
-struct FuzzDevice : platform::UsbDevice,
-                    platform::UsbInterface,
-                    platform::CaptureDevice,
-                    std::enable_shared_from_this<FuzzDevice> {
+struct AnyDevice : UsbDevice, UsbInterface, CaptureDevice, std::enable_shared_from_this<AnyDevice> {
+    static IOReturn anyStatus() { return input.seldom() ? input.byte() : 0; }
     IOReturn createPlugIn() override { return anyStatus(); }
     IOReturn queryInterface() override { return anyStatus(); }
     std::uint16_t vendorID() const override { return 0xAB; }
@@ -54,7 +46,7 @@ struct FuzzDevice : platform::UsbDevice,
     std::string uniqueID() const override { return identifier; }
     std::string localizedName() const override { return name; }
     bool hasVideo() const override { return video; }
-    IOReturn interfaces(std::vector<std::shared_ptr<platform::UsbInterface>>& found) override {
+    IOReturn interfaces(std::vector<std::shared_ptr<UsbInterface>>& found) override {
         found.resize(2 - input.byte() % 3U, shared_from_this());
         return anyStatus();
     }
@@ -64,23 +56,21 @@ struct FuzzDevice : platform::UsbDevice,
     IOReturn open() override { return anyStatus(); }
     IOReturn close() override { return 0; }
     IOReturn controlRequest(IOUSBDevRequest& request) override {
-        static constexpr std::size_t lengths[] = {0xFFFF, 0xFFFF, 2, 1, 0};
-        const std::size_t count = std::min<std::size_t>(request.wLength, input.oneOf(lengths));
+        static constexpr std::uint32_t lengths[] = {0xFFFF, 0xFFFF, 2, 1, 0};
+        const auto count = std::min<std::uint32_t>(request.wLength, input.oneOf(lengths));
         const std::span data(static_cast<std::uint8_t*>(request.pData), count);
-        if ((request.bmRequestType & 0x80U) != 0)
-            input.fill(data);
-        else  // each byte is there to be read
-            sent.assign(data.begin(), data.end());
+        const bool in = (request.bmRequestType & 0x80U) != 0;
+        in ? input.fill(data) : sent.assign(data.begin(), data.end());  // reads each byte there is
         const unsigned manner = input.byte() % 8;
-        request.wLenDone = static_cast<std::uint32_t>(manner == 1 ? ~0U : count);
+        request.wLenDone = manner == 1 ? ~0U : count;
         if (manner == 2)
-            platform::postToMainThread([] { meanwhile(); });
+            postToMainThread([] { meanwhile(); });
         return manner == 3 ? EPIPE : 0;
     }
-    std::unique_ptr<platform::VideoSource> open(std::string& error) override {
+    std::unique_ptr<VideoSource> open(std::string& error) override {
         if (input.seldom())
             return error = input.text(), nullptr;
-        return std::make_unique<FuzzSource>();
+        return std::make_unique<AnySource>();
     }
 
     std::uint8_t product = input.byte() % 10;
@@ -90,70 +80,13 @@ struct FuzzDevice : platform::UsbDevice,
     std::vector<std::uint8_t> sent;
 };
 
-std::vector<std::shared_ptr<FuzzDevice>> attached;
+std::vector<std::shared_ptr<AnyDevice>> attached;
 
 template <class Backend, class Device>
 struct Bus : Backend {
     std::vector<std::shared_ptr<Device>> devices() override {
         return {attached.begin(), attached.end()};
     }
-};
-
-struct CaptureSide : Bus<platform::CaptureBackend, platform::CaptureDevice> {
-    void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
-    void plug() {
-        attached.push_back(std::make_shared<FuzzDevice>());
-        if (listener != nullptr)
-            listener->arrived(attached.back());
-    }
-    void unplug() {
-        if (attached.empty())
-            return;
-        std::swap(input.oneOf(attached), attached.back());
-        const auto leaving = attached.back();
-        attached.pop_back();
-        listener->left(leaving);
-    }
-    platform::CaptureListener* listener = nullptr;
-};
-
-struct CheckedLog : platform::LogSink {
-    void line(std::string_view text) override {
-        require(QUtf8StringView(text.data(), std::ssize(text)).isValidUtf8(), "a line is UTF-8");
-        require(std::ranges::none_of(text, [](char c) { return c >= 0 && c < ' '; }),
-                "an event is one line");
-    }
-};
-
-/// One life of the program.
-struct Program : WindowHands {
-    Program() {
-        platform::installBackends({&usb, &capture, &log});
-        meanwhile = [this] {  // behind a box nothing but the bus moves
-            QApplication::activeModalWidget() == nullptr ? step() : capture.unplug();
-        };
-        for (int count = input.byte() % 4; count > 0; --count)
-            capture.plug();
-        controller.viewDidLoad();
-    }
-    QWidget& window() override { return interface->widget(); }
-
-    template <class Widget>
-    Widget& any() {
-        const auto all = window().findChildren<Widget*>();
-        return *input.oneOf(all);
-    }
-    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
-    void step();
-    void check();
-
-    int steps = 0;
-    CheckedLog log;
-    Bus<platform::UsbBackend, platform::UsbDevice> usb;
-    CaptureSide capture;
-    ViewController controller;
-    std::unique_ptr<platform::InterfaceWindow> interface =
-        platform::InterfaceWindow::load(controller);
 };
 
 void move(QSlider& slider) {
@@ -168,9 +101,8 @@ void chooseIn(QComboBox& list) {
     emit list.activated(list.currentIndex());
 }
 
-/// Behind its end the sanitizer watches.
 void transfer() {
-    std::vector<std::uint8_t> buffer(1 + input.byte() % 40);
+    std::vector<std::uint8_t> buffer(1 + input.byte() % 40);  // the sanitizer watches its end
     Capture_Transfer(input.byte() % 32U, input.byte() % 3, buffer.data(),
                      static_cast<std::uint32_t>(buffer.size()), input.byte() % 4U);
 }
@@ -178,86 +110,98 @@ void transfer() {
 /// What the window does not call, or never with such values.
 void workByName(UVCCameraControl& camera) {
     const auto value = input.number<float>();
-    camera.setGain(value + camera.getGain());
     camera.setBrightness(value + camera.getBrightness());
-    camera.setContrast(value + camera.getContrast());
-    camera.setSaturation(value + camera.getSaturation());
-    camera.setSharpness(value + camera.getSharpness());
-    camera.setWhiteBalance(value + camera.getWhiteBalance());
     camera.setExposure(value + camera.getExposure());
     camera.setData(input.number<std::int64_t>(), input.byte() - 1, input.byte(), input.byte());
-    if (const auto* control = findControl(input.byte() % 3, input.byte() % 32))
-        camera.getRangeForControl(control);
-    UVCCameraControl::initWithLocationID(input.byte());
 }
 
-void Program::step() {
-    ++steps;
-    switch (input.byte() % 9) {
-        case 0:
-            return buttonSending("OnBtnOpenCamera:").click();
-        case 1:
-            return list("m_cbxDevice").setEditText(QString::fromStdString(input.text()));
-        case 2:
-            return move(any<QSlider>());
-        case 3:
-            return chooseIn(any<QComboBox>());
-        case 4:
-            return any<QAbstractButton>().click();
-        case 5:
-            return capture.plug();
-        case 6:
-            return capture.unplug();
-        case 7:
-            return transfer();
-        default:
-            return g_uvcCamera ? workByName(*g_uvcCamera) : void();
+/// One life of the program, with the cameras and the log that it has.
+struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
+    Program() {
+        installBackends({&usb, this, this});
+        meanwhile = [this] {  // behind a box nothing but the bus moves
+            QApplication::activeModalWidget() == nullptr ? step() : unplug();
+        };
+        for (int count = input.byte() % 4; count > 0; --count)
+            attached.push_back(std::make_shared<AnyDevice>());
+        controller.viewDidLoad();
     }
-}
+    QWidget& window() override { return interface->widget(); }
+    void setListener(CaptureListener* chosen) override { listener = chosen; }
+    void line(std::string_view text) override {
+        require(QUtf8StringView(text.data(), std::ssize(text)).isValidUtf8() &&
+                    std::ranges::none_of(text, [](char c) { return c >= 0 && c < ' '; }),
+                "an event is one line of UTF-8");
+    }
 
-void Program::check() {
-    for (const auto* slider : window().findChildren<QSlider*>())
-        require(slider->minimum() < slider->maximum() && slider->minimum() <= slider->value() &&
-                    slider->value() <= slider->maximum(),
-                "a slider stays within its range");
-    for (const vendor::ValueControl* row : vendor::values)
-        require((controller.*row->list).title() ==
-                    std::to_string((controller.*row->slider).intValue()),
-                "a list shows its slider's number");
-    std::multiset<std::string> listed, cameras;
-    for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
-        listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
-    for (const auto& device : attached)
-        if (device->video)
-            cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));
-    require(listed == cameras, "the list shows the cameras of the bus");
-}
+    void unplug() {
+        if (attached.empty())
+            return;
+        const auto leaving = input.oneOf(attached);
+        std::erase(attached, leaving);
+        listener->left(leaving);
+    }
+    template <class Widget>
+    Widget& any() {
+        return *input.oneOf(window().findChildren<Widget*>());
+    }
+    /// Lets one thing happen: by the user's hand, on the bus or in the camera.
+    void step() {
+        const std::function<void()> deeds[] = {
+            [this] { buttonSending("OnBtnOpenCamera:").click(); },
+            [this] { list("m_cbxDevice").setEditText(QString::fromStdString(input.text())); },
+            [this] { move(any<QSlider>()); },
+            [this] { chooseIn(any<QComboBox>()); },
+            [this] { any<QAbstractButton>().click(); },
+            [this] { listener->arrived(attached.emplace_back(std::make_shared<AnyDevice>())); },
+            [this] { unplug(); },
+            transfer,
+            [] { g_uvcCamera ? workByName(*g_uvcCamera) : void(); }};
+        isAtRest = false;
+        input.oneOf(deeds)();
+    }
+    void check() {
+        for (const auto* slider : window().findChildren<QSlider*>())
+            require(slider->minimum() < slider->maximum(), "a slider has a range");
+        for (const vendor::ValueControl* row : vendor::values)
+            require((controller.*row->list).title() ==
+                        std::to_string((controller.*row->slider).intValue()),
+                    "a list shows its slider's number");
+        std::multiset<std::string> listed, cameras;
+        for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
+            listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
+        for (const auto& device : attached)
+            if (device->video)
+                cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));
+        require(listed == cameras, "the list shows the cameras of the bus");
+    }
+
+    bool isAtRest = true;
+    Bus<UsbBackend, UsbDevice> usb;
+    CaptureListener* listener = nullptr;
+    ViewController controller;
+    std::unique_ptr<InterfaceWindow> interface = InterfaceWindow::load(controller);
+};
 
 }  // namespace
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libfontconfig\n";  // the caches of the toolkit's fonts
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static int count = 3;
-    static char arguments[][10] = {"fuzz", "-platform", "offscreen"};
-    static char* list[] = {arguments[0], arguments[1], arguments[2], nullptr};
-    static const QApplication application(count, list);
+    static int arguments = 0;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static const QApplication application(arguments, nullptr);
     input.rest = {data, size};
     const NextBox box(input.byte() % 2 == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
     Program program;
-    while (!input.atEnd()) {
+    do {
         program.step();
-        for (int done = 0; done != program.steps;) {  // what happened meanwhile is sent as well
-            done = program.steps;
+        while (!std::exchange(program.isAtRest, true))  // what happened meanwhile is sent as well
             QCoreApplication::processEvents();
-        }
         program.check();
-    }
-    meanwhile = [] {};
-    QCoreApplication::processEvents();
+    } while (!input.atEnd());
     g_captureSession.reset();
     g_uvcCamera.reset();
     g_length = 0;

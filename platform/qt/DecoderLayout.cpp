@@ -22,10 +22,13 @@ int roundedUp(int pixels) {
 
 void DecoderLayout::align(QWidget& window) {
     QMargins margins = window.layout()->contentsMargins();
-    const int added = roundedUp(margins.left()) - margins.left();
-    margins.setLeft(margins.left() + added);
+    const int left = roundedUp(margins.left());
+    const int needed = window.width() + left - margins.left();
+    const int width = roundedUp(needed);
+    margins.setLeft(left);
+    margins.setRight(margins.right() + width - needed);
     window.layout()->setContentsMargins(margins);
-    window.resize(roundedUp(window.width() + added), window.height());
+    window.resize(width, window.height());
 }
 
 QRect DecoderLayout::placeOf(const VideoFrame& picture, const QRect& area) {

@@ -17,8 +17,8 @@ struct VideoFrame;
 /// resized to any width, shows the same.
 class DecoderLayout {
   public:
-    /// Widens `window`, and the margin left of its preview, by less than eight pixels each: all
-    /// rows of the window's memory, and the preview within them, start at such a multiple then.
+    /// Widens `window` by its outer margins, each by less than eight pixels: all rows of the
+    /// window's memory, and the preview within them, start at such a multiple then.
     static void align(QWidget& window);
 
     /// Where a picture is shown in `area`: in the middle, as large as fits. One that is only a few

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "app/AppDelegate.h"
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
@@ -38,6 +39,8 @@ TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
     const auto second = fixture.plugAnother("Second");
     fixture.list("m_cbxDevice").addItem("an item of the interface file");
     fixture.start();
+    NSApplication running;
+    EXPECT_TRUE(AppDelegate().applicationShouldTerminateAfterLastWindowClosed(running));
     EXPECT_EQ(fixture.window().windowTitle().toStdString(), "Quelvo");
     EXPECT_EQ(listed(fixture), "Studio 10, Second 11, > Studio");
     fixture.bus().unplug(second);
@@ -85,6 +88,7 @@ TEST(CameraListTest, CutsLongTextsBetweenCharactersAndFindsThemAgain) {
     const std::string end = std::string(54, 'x') + "e7a14c10";
     EXPECT_EQ(entryUniqueID("0x" + end), 'x' + end);
     EXPECT_EQ(entryUniqueID("0\u00e9" + end), end);
+    EXPECT_EQ(sizeof(CameraEntry), 2 * 64U);
     EXPECT_EQ(entryName(std::string(63, 'n')).size(), 63U);
     EXPECT_EQ(entryName(std::string(64, 'n')).size(), 63U) << "a zero follows in the entry";
 }

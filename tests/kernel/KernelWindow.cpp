@@ -18,9 +18,8 @@ bool isDriversOwn(const virtualcam::RequestRecord& record) {
     const auto row = std::ranges::find(rows, id, &virtualcam::ControlRow::id);
     if (id.unit == virtualcam::interfaceUnit || row == rows.end())
         return true;
-    const bool movesByItself = (row->info & virtualcam::infoAutoUpdate) != 0;
     return id.unit != extensionUnitID && record.bRequest != SET_CUR &&
-           (record.bRequest != GET_CUR || movesByItself);
+           (record.bRequest != GET_CUR || (row->info & virtualcam::infoAutoUpdate) != 0);
 }
 
 }  // namespace
@@ -44,10 +43,6 @@ PluggedCamera KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
     EXPECT_TRUE(waitForCameras(before + 1));
     plugged.camera().clearRequests();
     return plugged;
-}
-
-bool KernelWindow::waitForCameras(int count) {
-    return waitUntil([&] { return list("m_cbxDevice").count() == count; });
 }
 
 void KernelWindow::perform(const Exchange& exchange, virtualcam::VirtualCamera& camera) {

@@ -29,7 +29,9 @@ class KernelWindow : public LiveWindow {
     /// Plugs in and waits until the window lists it.
     PluggedCamera plug(virtualcam::CameraModel model, unsigned port);
     /// Waits until the window lists so many.
-    bool waitForCameras(int count);
+    bool waitForCameras(int count) {
+        return waitUntil([&] { return list("m_cbxDevice").count() == count; });
+    }
     /// Waits until every preview that was stopped has let go of its camera.
     bool waitForPreviews() { return capture_.waitForPreviews(std::chrono::seconds(40)); }
     void clickOpen() { click("OnBtnOpenCamera:"); }

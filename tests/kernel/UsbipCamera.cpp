@@ -2,6 +2,7 @@
 
 #include <endian.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <linux/usb/video.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -10,28 +11,25 @@
 
 #include <QByteArray>
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <fstream>
 #include <stdexcept>
 
 namespace {
 
-constexpr std::uint32_t kSubmit = 1;  // commands; an answer's is two higher
-constexpr std::uint32_t kUnlink = 2;
+constexpr std::uint32_t submit = 1;  // commands; an answer's is two higher
+constexpr std::uint32_t unlinking = 2;
 
 // The pictures that answers.txt tells of, and the milliseconds between them: the machines that run
 // this are emulated, and slow.
-constexpr unsigned kWidth = 320;
-constexpr unsigned kHeight = 240;
-constexpr int kPause = 100;
+constexpr unsigned width = 320;
+constexpr unsigned pixels = width * 240;
+constexpr int picturePause = 100;
 
 /// What answers.txt has under this name; empty for none.
 std::vector<std::uint8_t> answerOf(const virtualcam::CameraModel& model, const std::string& name) {
     const bool hasLens = model.controls.size() == virtualcam::studioControls().size();
-    std::string letters;
-    for (const char letter : model.name)  // all are ASCII
-        letters += fmt::format("{:02x}00", letter);
+    const std::string letters = fmt::format("{:02x}00", fmt::join(model.name, "00"));  // of ASCII
     std::string digits;
     std::ifstream file(QUELVO_ANSWERS);
     for (std::string line; std::getline(file, line);)
@@ -45,20 +43,19 @@ std::vector<std::uint8_t> answerOf(const virtualcam::CameraModel& model, const s
     return {bytes.begin(), bytes.end()};
 }
 
-}  // namespace
-
 /// What stands before every message of the protocol: words in network order, then the packet that
-/// asks on endpoint 0. `first` and `length` are the fields of a submission and of its end; an
-/// unlinking and its end have one, at the place of `first`.
-struct UsbipCamera::Header {
+/// asks on endpoint 0. In the place of `first` an unlinking has its target, and an end its status.
+struct Header {
     std::uint32_t command, sequence, device, direction, endpoint, first, length, unused[3];
     usb_ctrlrequest setup;
 };
+static_assert(sizeof(Header) == 48);
+
+}  // namespace
 
 UsbipCamera::UsbipCamera(virtualcam::CameraModel model, unsigned port) : camera_(std::move(model)) {
-    static_assert(sizeof(Header) == 48);
-    std::array<int, 2> ends{};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         throw std::runtime_error("no pair of sockets");
     camera_.powerOn();
     // Port, connection, a number of the remote device that nothing looks at, and high speed.
@@ -80,13 +77,13 @@ UsbipCamera::~UsbipCamera() {
 void UsbipCamera::serve() {
     for (bool connected = true; connected;) {
         pollfd message{socket_, POLLIN, 0};
-        const int pause = sent_ == 0 ? kPause : 0;
+        const int pause = sent_ % pixels == 0 ? picturePause : 0;
         if (poll(&message, 1, reads_.empty() ? -1 : pause) != 0) {
             connected = receive();
         } else {
             const auto [sequence, room] = *reads_.begin();
             const Bytes data = payload(room);
-            write(kSubmit, sequence, 0, data.size(), data);
+            write(submit, sequence, 0, data.size(), data);
             reads_.erase(sequence);
         }
     }
@@ -99,9 +96,9 @@ bool UsbipCamera::receive() {
     if (!read(&message, sizeof message))
         return false;
     const std::uint32_t sequence = ntohl(message.sequence);
-    if (message.command == htonl(kUnlink)) {
+    if (message.command == htonl(unlinking)) {
         reads_.erase(ntohl(message.first));  // gets no other answer
-        write(kUnlink, sequence, -ECONNRESET, 0, {});
+        write(unlinking, sequence, -ECONNRESET, 0, {});
         return true;
     }
     if (message.endpoint != 0) {
@@ -113,10 +110,8 @@ bool UsbipCamera::receive() {
     if (!in && !read(data.data(), data.size()))
         return false;
     const IOReturn status = control(message.setup, data);
-    if (status == 0)
-        write(kSubmit, sequence, 0, data.size(), in ? data : Bytes());
-    else if (status == EPIPE)
-        write(kSubmit, sequence, -EPIPE, 0, {});
+    if (status == 0 || status == EPIPE)
+        write(submit, sequence, -status, data.size(), in ? data : Bytes());
     return status != ENODEV;
 }
 
@@ -145,23 +140,19 @@ IOReturn UsbipCamera::control(const usb_ctrlrequest& setup, Bytes& data) {
     return data.empty() && length != 0 ? EPIPE : 0;
 }
 
-/// The next `room` bytes of the bulk endpoint, fewer at a picture's end: a header, and a piece of a
-/// grey ramp from dark to bright, which turns round with the horizontal flip. The virtual camera's
-/// own scene takes an emulated machine longer than the host waits for it.
+/// The next `room` bytes of the bulk endpoint, fewer at a picture's end: a header, whose lowest bit
+/// tells each picture from the next, and a piece of a grey ramp from dark to bright, which turns
+/// round with the horizontal flip. The camera's own scene takes an emulated machine too long.
 UsbipCamera::Bytes UsbipCamera::payload(std::size_t room) {
-    if (sent_ == 0)
+    if (sent_ % pixels == 0)
         flipped_ = camera_.nextPicture().flipHorizontal != 0;
-    Bytes data{2, static_cast<std::uint8_t>(UVC_STREAM_EOH | (odd_ ? UVC_STREAM_FID : 0))};
-    for (; data.size() < room && sent_ < kWidth * kHeight; ++sent_) {
-        const unsigned column = sent_ % kWidth;
-        const unsigned along = flipped_ ? kWidth - 1 - column : column;
-        data.push_back(static_cast<std::uint8_t>(20 + along * 180 / kWidth));
+    Bytes data{2, static_cast<std::uint8_t>(UVC_STREAM_EOH | sent_ / pixels % 2)};
+    do {
+        const unsigned column = sent_ % width;
+        const unsigned along = flipped_ ? width - 1 - column : column;
+        data.push_back(static_cast<std::uint8_t>(20 + along * 180 / width));
         data.push_back(128);
-    }
-    if (sent_ == kWidth * kHeight) {
-        sent_ = 0;
-        odd_ = !odd_;
-    }
+    } while (++sent_ % pixels != 0 && data.size() < room);
     return data;
 }
 
@@ -172,11 +163,10 @@ bool UsbipCamera::read(void* to, std::size_t length) const {
 /// Answers `command`. A connection that is broken shows at the next `read`.
 void UsbipCamera::write(std::uint32_t command, std::uint32_t sequence, int status,
                         std::size_t length, const Bytes& data) const {
-    Header header{};
-    header.command = htonl(command + 2);
-    header.sequence = htonl(sequence);
-    header.first = htonl(static_cast<std::uint32_t>(status));
-    header.length = htonl(static_cast<std::uint32_t>(length));
+    const Header header{.command = htonl(command + 2),
+                        .sequence = htonl(sequence),
+                        .first = htonl(static_cast<std::uint32_t>(status)),
+                        .length = htonl(static_cast<std::uint32_t>(length))};
     send(socket_, &header, sizeof header, MSG_NOSIGNAL);
     send(socket_, data.data(), data.size(), MSG_NOSIGNAL);
 }

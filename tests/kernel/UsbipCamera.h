@@ -26,7 +26,6 @@ class UsbipCamera {
 
   private:
     using Bytes = std::vector<std::uint8_t>;
-    struct Header;
 
     void serve();
     bool receive();
@@ -39,8 +38,7 @@ class UsbipCamera {
     virtualcam::VirtualCamera camera_;
     int socket_ = -1;
     std::map<std::uint32_t, std::uint32_t> reads_;  // waiting on the bulk endpoint, and their room
-    unsigned sent_ = 0;                             // pixels of the picture under way
-    bool odd_ = false;                              // every other picture is
+    unsigned sent_ = 0;                             // pixels since the stream was negotiated
     bool flipped_ = false;                          // the picture under way is
     std::thread thread_;
 };

