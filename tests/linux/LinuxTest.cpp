@@ -52,9 +52,8 @@ struct Session : CaptureListener {
     void arrived(std::shared_ptr<CaptureDevice> which) override { hear('+', *which); }
     void left(std::shared_ptr<CaptureDevice> which) override { hear('-', *which); }
     void hear(char sign, const CaptureDevice& which) {
-        said.push_back(sign + which.localizedName() + ':');
-        for (const auto& listed : capture.devices())
-            said.back() += ' ' + listed->localizedName();
+        said.push_back(sign + which.localizedName());
+        perform("list captures");
     }
 
     void perform(const std::string& line) {
