@@ -1,25 +1,20 @@
 // A udev in which each property, attribute and relation is there or missing, and says anything.
 
-#include <sys/sysmacros.h>
-
 #include <cerrno>
 
 #include "fuzz/Input.h"
 #include "tests/linux/FakeUdev.h"
-
-namespace {
-
-udev_device* anyDevice() {
-    return input.byte() % 4 == 3 ? nullptr : new udev_device;
-}
-
-}  // namespace
 
 int udevStatus(const char* /*function*/) {
     return input.seldom() ? -EINVAL : 0;
 }
 
 extern "C" {
+
+/// At any path.
+udev_device* udev_device_new_from_syspath(udev* /*context*/, const char* /*path*/) {
+    return input.byte() % 4 == 3 ? nullptr : new udev_device;
+}
 
 /// A device says the same each time it is asked: libudev keeps what it has read.
 const char* udev_device_get_property_value(udev_device* device, const char* name) {
@@ -35,45 +30,30 @@ const char* udev_device_get_property_value(udev_device* device, const char* name
     return entry->second.empty() ? nullptr : entry->second.c_str();
 }
 
-dev_t udev_device_get_devnum(udev_device* /*device*/) {
-    return input.seldom() ? 0 : makedev(1, 3);  // which is /dev/null's
-}
-
 /// The chain of parents ends with the input.
 udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device,
                                                            const char* /*subsystem*/,
                                                            const char* /*type*/) {
     if (!device->parent && !input.atEnd())
-        device->parent.reset(anyDevice());
+        device->parent.reset(udev_device_new_from_syspath(nullptr, ""));
     return device->parent.get();
-}
-
-udev_device* udev_device_new_from_syspath(udev* /*context*/, const char* /*path*/) {
-    return anyDevice();
 }
 
 udev_enumerate* udev_enumerate_new(udev* /*context*/) {
     if (udevStatus(__func__) < 0)
         return nullptr;
-    return new udev_enumerate{std::vector<udev_list_entry>(input.byte() % 4, {"/sys/any"})};
+    return new udev_enumerate{"", nullptr,
+                              std::vector<udev_list_entry>(input.byte() % 4, {"/sys/any"})};
 }
 
-int udev_enumerate_add_match_subsystem(udev_enumerate* /*search*/, const char* /*subsystem*/) {
+int udev_enumerate_scan_devices(udev_enumerate* /*search*/) {
     return udevStatus(__func__);
-}
-
-int udev_enumerate_add_match_parent(udev_enumerate* /*search*/, udev_device* /*parent*/) {
-    return udevStatus(__func__);
-}
-
-int udev_monitor_get_fd(udev_monitor* /*monitor*/) {
-    return input.seldom() ? -1 : 0;
 }
 
 udev_device* udev_monitor_receive_device(udev_monitor* /*monitor*/) {
     static constexpr int failures[] = {EAGAIN, EINTR, ENOBUFS};
     errno = input.oneOf(failures);
-    return input.atEnd() ? nullptr : anyDevice();
+    return input.atEnd() ? nullptr : udev_device_new_from_syspath(nullptr, "");
 }
 
 }  // extern "C"

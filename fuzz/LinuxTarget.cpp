@@ -4,7 +4,6 @@
 #include <linux/videodev2.h>
 
 #include <functional>
-#include <set>
 
 #include "fuzz/Input.h"
 #include "platform/MainLoop.h"
@@ -17,12 +16,14 @@
 #include "platform/linux/preview/JpegPicture.h"
 #include "tests/support/Pixels.h"
 
+using namespace platform;
+
 namespace {
 
 std::function<void()> descriptorReady;
 
 /// A node whose every answer comes from the input. What is no answer stays as it was given.
-struct FuzzNode : platform::Ioctl {
+struct FuzzNode : Ioctl {
     int call(unsigned long request, void* argument) override {
         static constexpr int results[] = {0, 0, 0, EINTR, EINVAL, EACCES, ENODEV, ERANGE};
         if (request == VIDIOC_G_EXT_CTRLS || request == VIDIOC_S_EXT_CTRLS) {
@@ -44,40 +45,33 @@ void sendAnyRequest() {
                                             GET_RES, GET_LEN, GET_INFO, GET_DEF};
     std::vector<std::uint8_t> data(input.byte() % 12);
     input.fill(data);
-    IOUSBDevRequest request;
-    request.bRequest = input.oneOf(codes);
-    request.bmRequestType = request.bRequest == SET_CUR ? requestToInterface : requestFromInterface;
-    request.wValue = static_cast<std::uint16_t>(input.byte() % 20 << 8U);
-    request.wIndex = static_cast<std::uint16_t>(input.byte() % 5 << 8U);
-    request.wLength = static_cast<std::uint16_t>(data.size());
-    request.pData = input.seldom() ? nullptr : data.data();
+    const RequestCode code = input.oneOf(codes);
+    IOUSBDevRequest request{code == SET_CUR ? requestToInterface : requestFromInterface,
+                            code,
+                            static_cast<std::uint16_t>(input.byte() % 20 << 8U),
+                            static_cast<std::uint16_t>(input.byte() % 5 << 8U),
+                            static_cast<std::uint16_t>(data.size()),
+                            input.seldom() ? nullptr : data.data()};
     FuzzNode node;
-    platform::performControlRequest(node, request);
+    performControlRequest(node, request);
     require(request.wLenDone <= request.wLength, "no more is done than was asked for");
     std::string card;
-    platform::capturesVideo(node, card);
+    capturesVideo(node, card);
     require(card.size() <= sizeof(v4l2_capability::card), "a name ends with its field");
 }
 
-using Devices = std::set<std::shared_ptr<platform::CaptureDevice>>;
-
-/// Keeps a list of its own.
-struct Listener : platform::CaptureListener {
-    void arrived(std::shared_ptr<platform::CaptureDevice> device) override {
-        require(known.insert(device).second, "a device arrives once");
-        require(listed() == known, "what has arrived is listed");
+struct Listener : CaptureListener {
+    void arrived(std::shared_ptr<CaptureDevice> device) override {
+        known.push_back(device);
+        require(capture.devices() == known, "what arrives is listed once, behind the others");
     }
-    void left(std::shared_ptr<platform::CaptureDevice> device) override {
-        require(known.erase(device) == 1, "what leaves was there");
-        require(listed() == known, "what has left is not listed");
+    void left(std::shared_ptr<CaptureDevice> device) override {
+        require(std::erase(known, device) == 1, "what leaves was there");
+        require(capture.devices() == known, "what has left is not listed");
     }
-    Devices listed() {
-        const auto devices = capture.devices();
-        return {devices.begin(), devices.end()};
-    }
-    platform::KeptNode node;
-    platform::LinuxCapture capture{node};
-    Devices known = listed();
+    KeptNode node;
+    LinuxCapture capture{node};
+    std::vector<std::shared_ptr<CaptureDevice>> known = capture.devices();
 };
 
 void followDevices() {
@@ -94,18 +88,17 @@ void followDevices() {
 }
 
 void lookAtUsb() {
-    std::vector<std::shared_ptr<platform::UsbInterface>> interfaces;
-    platform::KeptNode node;
-    for (const auto& device : platform::LinuxUsb(node).devices())
+    std::vector<std::shared_ptr<UsbInterface>> interfaces;
+    KeptNode node;
+    for (const auto& device : LinuxUsb(node).devices())
         device->interfaces(interfaces);
     for (const auto& interface : interfaces)
         interface->open();
 }
 
 void showAnyImage() {
-    const platform::VideoLimits announced{input.byte(), input.byte()};
-    const auto picture =
-        platform::makeJpegPicture({input.rest.begin(), input.rest.end()}, announced);
+    const VideoLimits announced{input.byte(), input.byte()};
+    const auto picture = makeJpegPicture({input.rest.begin(), input.rest.end()}, announced);
     if (!picture.write)
         return;
     require(picture.width <= announced.width && picture.height <= announced.height, "it fits");
@@ -115,9 +108,9 @@ void showAnyImage() {
 
 }  // namespace
 
-// The main loop is the toolkit's, which has no part in this.
-std::unique_ptr<platform::DescriptorWatch> platform::watchReadable(int /*descriptor*/,
-                                                                   std::function<void()> ready) {
+/// The main loop is the toolkit's, which has no part in this.
+std::unique_ptr<DescriptorWatch> platform::watchReadable(int /*descriptor*/,
+                                                         std::function<void()> ready) {
     descriptorReady = std::move(ready);
     return nullptr;
 }

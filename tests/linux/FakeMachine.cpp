@@ -1,13 +1,10 @@
 #include "tests/linux/FakeMachine.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <linux/usb/video.h>
 #include <linux/uvcvideo.h>
 #include <linux/videodev2.h>
-#include <sys/mman.h>
-#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,8 +12,6 @@
 #include <fstream>
 #include <span>
 #include <sstream>
-
-#include "tests/linux/FakeUdev.h"
 
 namespace {
 
@@ -30,38 +25,28 @@ int fail(const std::string& error) {
     return errno = 0;
 }
 
-udev_device* deviceOf(const Fields& fields) {
-    const std::string& path = fields.at("syspath");
-    const std::string above = path.substr(0, path.rfind('/'));
-    return new udev_device{
-        fields, std::unique_ptr<udev_device>(udev_device_new_from_syspath(nullptr, above.c_str()))};
-}
-
 /// Makes a call on the device file at this path fail if there is none, or if it says so.
 int reach(const char* path) {
     const auto file = fakeMachine.tree.find(path);
     return fail(file == fakeMachine.tree.end() ? "ENOENT" : file->second["error"]);
 }
 
-int queryExtension(std::string& value, const uvc_xu_control_query& query) {
-    const std::string answer = query.query == UVC_GET_LEN ? std::string("\2\0", 2) : value;
-    if (query.unit != 16 || query.size != answer.size())
-        return query.unit != 16 ? ENOENT : ENOBUFS;
-    if (query.query == UVC_SET_CUR)
-        value.assign(query.data, query.data + query.size);
-    else
-        std::ranges::copy(answer, query.data);
-    return 0;
-}
-
-/// Answers as the kernel's driver does, with its checks of an argument's form.
-int answer(Fields& node, unsigned long request, void* argument) {
+/// Answers as the kernel's driver does, with its checks of an argument's form: nothing, or an
+/// error.
+std::string answer(Fields& node, unsigned long request, void* argument) {
     const auto number = [&](const std::string& field) {
         return std::strtoll(node[field].c_str(), nullptr, 0);
     };
-    if (request == UVCIOC_CTRL_QUERY)
-        return queryExtension(node["extension"], *static_cast<uvc_xu_control_query*>(argument));
-    if (request == VIDIOC_QUERYCAP) {
+    if (request == UVCIOC_CTRL_QUERY) {
+        const auto& query = *static_cast<uvc_xu_control_query*>(argument);
+        const auto found = node.find(fmt::format("extension{}.{}", query.unit, query.selector));
+        if (found == node.end() || query.size != 2)
+            return found == node.end() ? "ENOENT" : "ENOBUFS";
+        if (query.query == UVC_SET_CUR)
+            found->second.assign(query.data, query.data + 2);
+        else
+            std::memcpy(query.data, query.query == UVC_GET_LEN ? "\2" : found->second.data(), 2);
+    } else if (request == VIDIOC_QUERYCAP) {
         auto& capability = *static_cast<v4l2_capability*>(argument);
         std::ranges::copy(node["card"], capability.card);
         capability.capabilities = static_cast<std::uint32_t>(number("capabilities"));
@@ -83,14 +68,12 @@ int answer(Fields& node, unsigned long request, void* argument) {
                 control.value = std::stoi(value);
         }
     }
-    return 0;
+    return "";
 }
 
 }  // namespace
 
-void FakeMachine::reset() {
-    tree.clear();
-    events.clear();
+FakeMachine::FakeMachine() {
     std::ifstream file(QUELVO_LINUX_TESTS "/machine.txt");
     for (std::string line; std::getline(file, line);)
         if (line.starts_with('/'))
@@ -111,15 +94,15 @@ void FakeMachine::change(const std::string& line) {
         std::ranges::replace(value, '~', ' ');
         if (word == "gone")
             std::erase_if(tree, [&](const auto& entry) { return entry.first.starts_with(path); });
-        else if (word.starts_with("event="))
-            events.emplace_back(fields)["action"] = value;
         else
             fields[word.substr(0, sign)] = value;
+        if (word.starts_with("action="))
+            events.emplace_back(udev_device_new_from_syspath(nullptr, path.c_str()));
     }
 }
 
 int udevStatus(const char* function) {
-    return fakeMachine.tree["udev"]["fails"] == function ? -EINVAL : 0;
+    return fakeMachine.tree["/udev"]["fails"] == function ? -EINVAL : 0;
 }
 
 extern "C" {
@@ -127,10 +110,6 @@ extern "C" {
 const char* udev_device_get_property_value(udev_device* device, const char* name) {
     const std::string& text = device->said[name];
     return text.empty() ? nullptr : text.c_str();
-}
-
-dev_t udev_device_get_devnum(udev_device* device) {
-    return makedev(1, device->said["renumbered"].empty() ? 3 : 4);  // the first is /dev/null's
 }
 
 udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device,
@@ -143,43 +122,33 @@ udev_device* udev_device_get_parent_with_subsystem_devtype(udev_device* device,
     return parent;
 }
 
-udev_device* udev_device_new_from_syspath(udev* /*context*/, const char* path) {
+udev_device* udev_device_new_from_syspath(udev* context, const char* path) {
     const auto found = fakeMachine.tree.find(path);
-    return found == fakeMachine.tree.end() ? nullptr : deviceOf(found->second);
+    if (found == fakeMachine.tree.end())
+        return nullptr;
+    const std::string above = found->first.substr(0, found->first.rfind('/'));
+    std::unique_ptr<udev_device> parent(udev_device_new_from_syspath(context, above.c_str()));
+    return new udev_device{found->second, std::move(parent)};
 }
 
 udev_enumerate* udev_enumerate_new(udev* /*context*/) {
-    auto search = std::make_unique<udev_enumerate>();
-    for (const auto& [path, fields] : fakeMachine.tree)
-        search->found.push_back({path});
-    return udevStatus(__func__) < 0 ? nullptr : search.release();
+    return udevStatus(__func__) < 0 ? nullptr : new udev_enumerate;
 }
 
-int udev_enumerate_add_match_subsystem(udev_enumerate* search, const char* subsystem) {
-    std::erase_if(search->found, [&](const udev_list_entry& entry) {
-        return fakeMachine.tree[entry.path]["subsystem"] != subsystem;
-    });
+int udev_enumerate_scan_devices(udev_enumerate* search) {
+    const std::string below = search->parent == nullptr ? "" : search->parent->said["syspath"];
+    for (auto& [path, fields] : fakeMachine.tree)
+        if (fields["subsystem"] == search->subsystem && path.starts_with(below))
+            search->found.push_back({path});
     return udevStatus(__func__);
-}
-
-int udev_enumerate_add_match_parent(udev_enumerate* search, udev_device* parent) {
-    std::erase_if(search->found, [&](const udev_list_entry& entry) {
-        return !entry.path.starts_with(parent->said["syspath"]);
-    });
-    return udevStatus(__func__);
-}
-
-int udev_monitor_get_fd(udev_monitor* /*monitor*/) {
-    static const int alwaysReadable = ::memfd_create("", 0);
-    return alwaysReadable;
 }
 
 udev_device* udev_monitor_receive_device(udev_monitor* /*monitor*/) {
     if (fakeMachine.events.empty())
         return fail("EAGAIN"), nullptr;
-    const Fields about = fakeMachine.events.front();
+    const auto device = std::move(fakeMachine.events.front());
     fakeMachine.events.pop_front();
-    return fail(about.at("action")) < 0 ? nullptr : deviceOf(about);
+    return fail(device->said["action"]) < 0 ? nullptr : new udev_device(std::move(*device));
 }
 
 // The linker hands the program's own calls over to the functions that are called "wrap" here.
@@ -206,8 +175,7 @@ int __wrap_ioctl(int descriptor, unsigned long request, void* argument) {
     Fields& node = fakeMachine.tree[fakeMachine.open.at(descriptor)];
     if (interrupted || fail(node["ioctl"]) < 0)
         return interrupted ? fail("EINTR") : -1;
-    errno = answer(node, request, argument);
-    return errno == 0 ? 0 : -1;
+    return fail(answer(node, request, argument));
 }
 
 int __wrap_faccessat(int /*folder*/, const char* path, int /*mode*/, int /*flags*/) {

@@ -3,18 +3,9 @@
 
 #include "tests/linux/FakeUdev.h"
 
+#include <sys/mman.h>
+
 namespace {
-
-template <class Object>
-Object* make(const char* function) {
-    return udevStatus(function) < 0 ? nullptr : new Object;
-}
-
-template <class Object>
-Object* destroy(Object* object) {
-    delete object;
-    return nullptr;
-}
 
 /// A field of a device is read like a property.
 const char* field(udev_device* device, const char* name) {
@@ -30,8 +21,8 @@ udev_list_entry* unlessEnd(udev_list_entry* entry) {
 extern "C" {
 
 // clang-format off
-udev* udev_new() { return make<udev>(__func__); }
-udev* udev_unref(udev* object) { return destroy(object); }
+udev* udev_new() { return udevStatus(__func__) < 0 ? nullptr : new udev; }
+udev* udev_unref(udev* object) { return delete object, nullptr; }
 const char* udev_device_get_syspath(udev_device* device) { return field(device, "syspath"); }
 const char* udev_device_get_sysname(udev_device* device) { return field(device, "sysname"); }
 const char* udev_device_get_sysnum(udev_device* device) { return field(device, "sysnum"); }
@@ -39,35 +30,46 @@ const char* udev_device_get_subsystem(udev_device* device) { return field(device
 const char* udev_device_get_devtype(udev_device* device) { return field(device, "devtype"); }
 const char* udev_device_get_devnode(udev_device* device) { return field(device, "devnode"); }
 const char* udev_device_get_action(udev_device* device) { return field(device, "action"); }
-udev_device* udev_device_unref(udev_device* device) { return destroy(device); }
-udev_enumerate* udev_enumerate_unref(udev_enumerate* search) { return destroy(search); }
+const char* udev_device_get_sysattr_value(udev_device* device, const char* name) {
+    return field(device, name);
+}
+udev_device* udev_device_get_parent(udev_device* device) {
+    return udev_device_get_parent_with_subsystem_devtype(device, nullptr, nullptr);
+}
+// The device files are all /dev/null, but for a number that another device has by now.
+dev_t udev_device_get_devnum(udev_device*) { return makedev(1, udevStatus(__func__) < 0 ? 4 : 3); }
+udev_device* udev_device_unref(udev_device* device) { return delete device, nullptr; }
+udev_enumerate* udev_enumerate_unref(udev_enumerate* search) { return delete search, nullptr; }
 udev_list_entry* udev_list_entry_get_next(udev_list_entry* entry) { return unlessEnd(entry + 1); }
 const char* udev_list_entry_get_name(udev_list_entry* entry) { return entry->path.c_str(); }
-udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return destroy(monitor); }
+udev_monitor* udev_monitor_unref(udev_monitor* monitor) { return delete monitor, nullptr; }
 int udev_monitor_enable_receiving(udev_monitor*) { return udevStatus(__func__); }
 udev_monitor* udev_monitor_new_from_netlink(udev*, const char*) {
-    return make<udev_monitor>(__func__);
+    return udevStatus(__func__) < 0 ? nullptr : new udev_monitor;
 }
 int udev_monitor_filter_add_match_subsystem_devtype(udev_monitor*, const char*, const char*) {
     return udevStatus(__func__);
 }
 // clang-format on
 
-const char* udev_device_get_sysattr_value(udev_device* device, const char* name) {
-    return field(device, name);
+int udev_enumerate_add_match_subsystem(udev_enumerate* search, const char* subsystem) {
+    search->subsystem = subsystem;
+    return udevStatus(__func__);
 }
 
-udev_device* udev_device_get_parent(udev_device* device) {
-    return udev_device_get_parent_with_subsystem_devtype(device, nullptr, nullptr);
-}
-
-int udev_enumerate_scan_devices(udev_enumerate* search) {
-    search->found.emplace_back();
+int udev_enumerate_add_match_parent(udev_enumerate* search, udev_device* parent) {
+    search->parent = parent;
     return udevStatus(__func__);
 }
 
 udev_list_entry* udev_enumerate_get_list_entry(udev_enumerate* search) {
+    search->found.emplace_back();
     return unlessEnd(search->found.data());
+}
+
+int udev_monitor_get_fd(udev_monitor* /*monitor*/) {
+    static const int alwaysReadable = ::memfd_create("", 0);
+    return udevStatus(__func__) < 0 ? -1 : alwaysReadable;
 }
 
 }  // extern "C"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/sysmacros.h>
+
 // Other libraries in the process keep the real functions.
 #pragma GCC visibility push(hidden)
 #include <libudev.h>
@@ -23,6 +25,8 @@ struct udev_list_entry {
     std::string path;  ///< empty behind the last
 };
 struct udev_enumerate {
+    std::string subsystem;
+    udev_device* parent = nullptr;
     std::vector<udev_list_entry> found;
 };
 

@@ -41,32 +41,37 @@ struct Recorder : VideoSink {
     std::counting_semaphore<> shown{0}, ended{0};
 };
 
-/// What keeps the machine's camera from being used.
-std::string whyNot() {
-    return whyNotUsable("/dev/video10");
+/// Marks a picture as corrupted, as the kernel does.
+void mark(GstElement* /*element*/, GstBuffer* picture, gpointer /*unused*/) {
+    GST_BUFFER_FLAG_SET(picture, GST_BUFFER_FLAG_CORRUPTED);
 }
 
-/// The elements that `description` names, with one pad; null for none.
+/// The elements that `description` names, with one pad; null for none. One of these can be called
+/// "marking".
 GstElement* elements(const std::string& description) {
-    return description.empty()
-               ? nullptr
-               : gst_parse_bin_from_description_full(description.c_str(), TRUE, nullptr,
-                                                     GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
+    if (description.empty())
+        return nullptr;
+    GstElement* bin = gst_parse_bin_from_description_full(description.c_str(), TRUE, nullptr,
+                                                          GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
+    if (description.find("marking") != std::string::npos)
+        g_signal_connect(GstElementPtr(gst_bin_get_by_name(GST_BIN(bin), "marking")).get(),
+                         "handoff", G_CALLBACK(mark), nullptr);
+    return bin;
 }
 
 struct Preview : testing::Test {
     void SetUp() override {
-        fakeMachine.reset();
         std::filesystem::current_path(QUELVO_LINUX_TESTS);
         ASSERT_EQ(loadGStreamer(), "");
         g_log_set_always_fatal(G_LOG_LEVEL_CRITICAL);  // what GLib calls wrong is wrong
     }
     void TearDown() override { EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1))); }
 
-    /// A preview of the machine's camera at that path, or of these elements.
+    /// A preview of the camera at that path, or of these elements in place of the machine's camera.
     std::unique_ptr<VideoSource> preview(const std::string& origin) {
         if (origin.starts_with('/'))
             return openPreview(origin, closing);
+        const auto whyNot = [] { return whyNotUsable("/dev/video10"); };
         return makePreview({[=] { return elements(origin); }, whyNot}, closing);
     }
 
@@ -88,14 +93,15 @@ TEST_F(Preview, TakesAModeAsLargeAsTheLimitsThenSmoothThenEasyToDecode) {
 
 TEST_F(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
     checkRows("previews.txt", [this](const Lines& given) {
-        fakeMachine.reset();
-        std::string origin = joined(given, " ");
-        if (origin.starts_with("/dev/video10")) {
-            fakeMachine.change(given[0]);
-            origin.erase(0, given[0].size() + 1);
-        }
+        fakeMachine = FakeMachine();
+        Lines origin;
+        for (const std::string& line : given)
+            if (line.starts_with("/dev/video10"))
+                fakeMachine.change(line);
+            else
+                origin.push_back(line);
         Recorder recorder;
-        auto source = preview(origin);
+        auto source = preview(joined(origin, " "));
         source->start({640, 480}, recorder);
         recorder.ended.acquire();
         source.reset();
@@ -111,23 +117,7 @@ TEST_F(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
     });
 }
 
-TEST_F(Preview, StopsAtOnceAndForGood) {
-    const auto source = preview(endless);
-    for (const bool isShown : {true, false, true}) {  // or stopped while it may still be starting
-        Recorder recorder;
-        source->start({640, 480}, recorder);
-        if (isShown)
-            recorder.shown.acquire();
-        source->stop();
-        const std::size_t pictures = recorder.frames.size();
-        source->stop();
-        TearDown();
-        EXPECT_EQ(recorder.frames.size(), pictures);
-        EXPECT_THAT(recorder.said, testing::IsEmpty());
-    }
-}
-
-TEST_F(Preview, NobodyWaitsForACameraThatHangs) {
+TEST_F(Preview, StopsAtOnceAndForGoodAndWaitsForNoOtherCameraThatHangs) {
     std::binary_semaphore hanging{0}, over{0};
     std::atomic<int> opened = 0;
     const auto makeElement = [&]() -> GstElement* {
@@ -137,26 +127,33 @@ TEST_F(Preview, NobodyWaitsForACameraThatHangs) {
         over.acquire();
         return nullptr;  // for which nobody is left to be told
     };
-    const PreviewOrigin origin{makeElement, whyNot, "a camera"};
-    Recorder first, next, other;
-    auto source = makePreview(origin, closing);
-    source->start({640, 480}, first);
+    Recorder recorder, other;
+    const auto elsewhere = preview(endless);
+    const auto source = makePreview({makeElement, [] { return ""; }, "a camera"}, closing);
+    source->start({640, 480}, recorder);
     hanging.acquire();
     // Those that follow take their turn behind it, but for those that are given up as well.
-    for (int i = 0; i < 20; ++i) {
-        source = makePreview(origin, closing);
-        source->start({640, 480}, next);
-    }
+    for (int i = 0; i < 20; ++i)
+        source->start({640, 480}, recorder);
     EXPECT_FALSE(closing->waitForAll(std::chrono::milliseconds(1)));
-    const auto elsewhere = preview(endless);
     elsewhere->start({640, 480}, other);
     other.shown.acquire();
     EXPECT_EQ(opened, 1);
     over.release();
-    next.shown.acquire();
+    recorder.shown.acquire();
     EXPECT_EQ(opened, 2);
-    source.reset();
-    EXPECT_TRUE(first.said.empty() && next.said.empty());
+    for (const bool isShown : {true, false, true}) {  // or stopped while it may still be starting
+        Recorder again;
+        source->start({640, 480}, again);
+        if (isShown)
+            again.shown.acquire();
+        source->stop();
+        const std::size_t pictures = again.frames.size();
+        source->stop();
+        TearDown();
+        EXPECT_EQ(again.frames.size(), pictures);
+        EXPECT_TRUE(recorder.said.empty() && again.said.empty());
+    }
 }
 
 }  // namespace
