@@ -107,7 +107,7 @@ TEST(Linux, DoesWhatTheScriptsSay) {
                     fakeMachine.change(line);
                 else
                     (session ? *session : session.emplace()).perform(line);
-            const Lines said = session->said;
+            Lines said = session->said;
             session.reset();
             EXPECT_THAT(fakeMachine.open, testing::IsEmpty());
             return said;

@@ -84,7 +84,6 @@ class Performance {
 
     void perform(const std::string& statement) {
         statement_ = statement;
-        WindowHands& hands = stage_.hands;
         if (is("> (.*)")) {
             expectNext(requests_, part_[1]);
         } else if (is("log (.*)")) {
@@ -116,33 +115,10 @@ class Performance {
             virtualcam::Faults faults = stage_.camera.faults();
             plant(faults);
             stage_.camera.setFaults(faults);
-        } else if (is("open (.+) = (\\d)")) {
-            act([&] {
-                if (OpenCameraByUniqueID(part_.str(1)) != std::stoi(part_[2]))
-                    throw std::runtime_error("it came to another end");
-            });
-        } else if (is("(read|write) (-?\\d)/(\\d+) ([0-9a-f]+)(?: = ([0-9a-f]+)| (fails))?")) {
-            act([&] { transfer(); });
         } else if (is("m_.*")) {
-            if (const std::string found = difference(hands, statement_); !found.empty())
+            if (const std::string found = difference(stage_.hands, statement_); !found.empty())
                 throw std::runtime_error(found);
-        } else if (is("set (\\d+/\\d+) ([ 0-9a-f]+)")) {
-            const QByteArray bytes = QByteArray::fromHex(part_.str(2).c_str());
-            expectNothingMore();
-            setInCamera(stage_.camera, *controlsIn(part_[1]).begin(), {bytes.begin(), bytes.end()});
-        } else if (is("load")) {
-            act(stage_.loadPages);
-        } else if (is("click (\\S+)")) {
-            act([&] { hands.click(part_[1]); });
-        } else if (is("choose (\\S+) (\\S+)")) {
-            act([&] { hands.choose(part_[1], part_[2]); });
-        } else if (is("move (\\S+) (-?\\d+)")) {
-            act([&] { hands.moveSlider(part_[1], std::stoi(part_[2])); });
-        } else if (is("untick (\\S+)")) {
-            hands.slider(part_[1]).setTickPosition(QSlider::NoTicks);
-        } else if (is("maximum (\\S+) (-?\\d+)")) {
-            act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
-        } else {
+        } else if (!doDeed()) {
             throw std::runtime_error("no such statement");
         }
     }
@@ -164,6 +140,38 @@ class Performance {
     bool is(const std::string& form) {
         static std::map<std::string, std::regex> forms;
         return std::regex_match(statement_, part_, forms.try_emplace(form, form).first->second);
+    }
+
+    /// Does what the statement says, if it says what to do, by the window or past it.
+    bool doDeed() {
+        WindowHands& hands = stage_.hands;
+        if (is("set (\\d+/\\d+) ([ 0-9a-f]+)")) {
+            const QByteArray bytes = QByteArray::fromHex(part_.str(2).c_str());
+            expectNothingMore();
+            setInCamera(stage_.camera, *controlsIn(part_[1]).begin(), {bytes.begin(), bytes.end()});
+        } else if (is("open (.+) = (\\d)")) {
+            act([&] {
+                if (OpenCameraByUniqueID(part_.str(1)) != std::stoi(part_[2]))
+                    throw std::runtime_error("it came to another end");
+            });
+        } else if (is("(read|write) (-?\\d)/(\\d+) ([0-9a-f]+)(?: = ([0-9a-f]+)| (fails))?")) {
+            act([&] { transfer(); });
+        } else if (is("load")) {
+            act(stage_.loadPages);
+        } else if (is("click (\\S+)")) {
+            act([&] { hands.click(part_[1]); });
+        } else if (is("choose (\\S+) (\\S+)")) {
+            act([&] { hands.choose(part_[1], part_[2]); });
+        } else if (is("move (\\S+) (-?\\d+)")) {
+            act([&] { hands.moveSlider(part_[1], std::stoi(part_[2])); });
+        } else if (is("untick (\\S+)")) {
+            hands.slider(part_[1]).setTickPosition(QSlider::NoTicks);
+        } else if (is("maximum (\\S+) (-?\\d+)")) {
+            act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
+        } else {
+            return false;
+        }
+        return true;
     }
 
     /// Breaks one thing of the camera, as the statement says.
