@@ -83,7 +83,7 @@ class Bench {
     void answerAfter(std::chrono::milliseconds time) {
         answer_ = time;
         // Even one that answers at once tells when it is asked.
-        plugged_.camera().setFaults({.delay = std::max(time, std::chrono::milliseconds(1))});
+        plugged_->camera().setFaults({.delay = std::max(time, std::chrono::milliseconds(1))});
     }
 
     /// Shows a page, and returns a slider of it.
@@ -98,15 +98,15 @@ class Bench {
 
     /// How many requests the camera had since the last call.
     std::size_t requests() {
-        const std::size_t count = plugged_.camera().requests().size();
-        plugged_.camera().clearRequests();
+        const std::size_t count = plugged_->camera().requests().size();
+        plugged_->camera().clearRequests();
         return count;
     }
 
   private:
     Bench() : plugged_(window_.plug(virtualcam::studioCamera(), 0)) {
         OpenCameraByUniqueID(g_deviceList.at(0).uniqueID.data());
-        plugged_.camera().setWait([this](std::chrono::milliseconds /*nominal*/) {
+        plugged_->camera().setWait([this](std::chrono::milliseconds /*nominal*/) {
             std::this_thread::sleep_for(answer_.load());
             answered_ = Clock::now();
         });
@@ -116,7 +116,7 @@ class Bench {
     std::atomic<std::chrono::milliseconds> answer_{};
     std::atomic<Clock::time_point> answered_{};
     KernelWindow window_;
-    PluggedCamera plugged_;
+    std::unique_ptr<UsbipCamera> plugged_;
 };
 
 /// The seconds that `change` takes until the camera has answered the last of `requests` requests.

@@ -37,11 +37,11 @@ KernelWindow::~KernelWindow() {
     platform::installBackends({});
 }
 
-PluggedCamera KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
+std::unique_ptr<UsbipCamera> KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
     const int before = list("m_cbxDevice").count();
-    PluggedCamera plugged{std::make_unique<UsbipCamera>(std::move(model), port)};
+    auto plugged = std::make_unique<UsbipCamera>(std::move(model), port);
     EXPECT_TRUE(waitForCameras(before + 1));
-    plugged.camera().clearRequests();
+    plugged->camera().clearRequests();
     return plugged;
 }
 

@@ -10,13 +10,6 @@
 #include "tests/support/Exchanges.h"
 #include "tests/support/WindowFixture.h"
 
-/// A camera as the wire gave it to this machine's kernel.
-struct PluggedCamera {
-    std::unique_ptr<UsbipCamera> port;
-
-    virtualcam::VirtualCamera& camera() const { return port->camera(); }
-};
-
 /// The program's window on the real back ends over this machine's ports, into which a test plugs
 /// virtual cameras. Comes and goes with no camera plugged in.
 class KernelWindow : public LiveWindow {
@@ -26,8 +19,8 @@ class KernelWindow : public LiveWindow {
     KernelWindow& operator=(const KernelWindow&) = delete;
     ~KernelWindow() override;
 
-    /// Plugs in and waits until the window lists it.
-    PluggedCamera plug(virtualcam::CameraModel model, unsigned port);
+    /// Plugs in and waits until the window lists it. Destroying what is returned pulls it out.
+    std::unique_ptr<UsbipCamera> plug(virtualcam::CameraModel model, unsigned port);
     /// Waits until the window lists so many.
     bool waitForCameras(int count) {
         return waitUntil([&] { return list("m_cbxDevice").count() == count; });

@@ -35,7 +35,7 @@ class Window : public testing::Test, public KernelWindow {
         EXPECT_EQ(log.count(requestFailed), failed);
         EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
         awaitPicture();
-        plugged.port.reset();
+        plugged.reset();
         EXPECT_TRUE(waitForCameras(0));
     }
 
@@ -58,14 +58,14 @@ class Window : public testing::Test, public KernelWindow {
 // All on one camera: to plug one in takes long.
 TEST_F(Window, SendsTheExchangesOfBothPages) {
     const auto plugged = plug(studioCamera(), 0);
-    setInCamera(plugged.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
-    setInCamera(plugged.camera(), {1, CT_AE_MODE_CONTROL}, {1});
-    setInCamera(plugged.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+    setInCamera(plugged->camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
+    setInCamera(plugged->camera(), {1, CT_AE_MODE_CONTROL}, {1});
+    setInCamera(plugged->camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
     clickOpen();
     for (const auto& exchange : readExchanges({"standard-page.txt", "vendor-page.txt"}, "kernel")) {
-        plugged.camera().clearRequests();
+        plugged->camera().clearRequests();
         log.take();
-        perform(exchange, plugged.camera());
+        perform(exchange, plugged->camera());
     }
 }
 
@@ -77,7 +77,7 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     EXPECT_EQ(shown("m_lableVersion"), "v1 SOC:V1.0.5");
     choose("m_cbxDevice", "Quelvo Studio Camera");
     log.take();
-    perform(readExchanges({"page-load.txt"}, "kernel").at(0), studio.camera());
+    perform(readExchanges({"page-load.txt"}, "kernel").at(0), studio->camera());
     awaitPicture();
     EXPECT_TRUE(isBrightAtTheRight());
     clickOpen();  // once more, while it streams
@@ -90,7 +90,7 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
 // Its driver lets go of it, it is forbidden, another program shows it, it is silent.
 TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     const auto plugged = plug(studioCamera(), 0);
-    setInCamera(plugged.camera(), {3, PU_BRIGHTNESS_CONTROL}, {3, 0});
+    setInCamera(plugged->camera(), {3, PU_BRIGHTNESS_CONTROL}, {3, 0});
     clickOpen();
     awaitPicture();
     const std::filesystem::path driver = "/sys/bus/usb/drivers/uvcvideo";
@@ -119,10 +119,10 @@ TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     EXPECT_EQ(shown("m_sliderBright"), "3");
 
     log.take();
-    plugged.camera().setWait([](std::chrono::milliseconds) {});
-    plugged.camera().setFaults({.delay = virtualcam::controlTimeout});
+    plugged->camera().setWait([](std::chrono::milliseconds) {});
+    plugged->camera().setFaults({.delay = virtualcam::controlTimeout});
     moveSlider("m_sliderBright", 4);
-    plugged.camera().setFaults({});
+    plugged->camera().setFaults({});
     moveSlider("m_sliderBright", 5);
     EXPECT_THAT(log.take(requestFailed),
                 testing::ElementsAre("CameraControl Error: Control request failed: 0000006e"));
@@ -141,7 +141,7 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     const auto nodes = videoNodes();
     slider("m_sliderGama").setSliderDown(true);
     moveSlider("m_sliderGama", 100);
-    plugged.port.reset();
+    plugged.reset();
     moveSlider("m_sliderGama", 101);
     EXPECT_TRUE(waitForCameras(0));
     EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) > 0; }));
@@ -153,7 +153,7 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     moveSlider("m_sliderGama", 102);
     slider("m_sliderGama").setSliderDown(false);
     EXPECT_GT(log.count(requestFailed), failed);
-    EXPECT_THAT(next.camera().requests(), testing::IsEmpty());
+    EXPECT_THAT(next->camera().requests(), testing::IsEmpty());
     clickOpen();
     EXPECT_EQ(shown("m_textGama"), "238");
 }
@@ -164,7 +164,7 @@ TEST_F(Window, PulledOutAtAnyMomentItIsToldAndTheNextOpenWorks) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
         const auto plugged = plug(studioCamera(), 0);
         log.take();
-        plugged.camera().setFaults({.vanishesAfter = answered});
+        plugged->camera().setFaults({.vanishesAfter = answered});
         clickOpen();
         for (int i = 0; i <= 120 && log.count(requestFailed) == 0; ++i)
             moveSlider("m_sliderBright", i % 2 == 0 ? 3 : 9);

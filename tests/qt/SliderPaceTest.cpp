@@ -20,12 +20,6 @@ class SliderPaceTest : public testing::Test {
         QAccessible::queryAccessibleInterface(&slider)->valueInterface()->setCurrentValue(value);
     }
 
-    /// What was sent to the camera once all that is queued has been handled.
-    std::vector<std::string> sent() {
-        QCoreApplication::processEvents();
-        return fixture.requests();
-    }
-
     WindowFixture fixture;
     QSlider& slider = fixture.slider("m_sliderBright");
 };
@@ -34,18 +28,20 @@ TEST_F(SliderPaceTest, TheLastPositionGoesOnceAndBeforeWhatIsDoneNext) {
     setByAssistance(42);
     setByAssistance(43);  // the one before is not worth sending any more
     EXPECT_THAT(fixture.requests(), IsEmpty());
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
+    EXPECT_THAT(fixture.sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
     setByAssistance(4);
     fixture.slider("m_sliderGama").setValue(100);
     setByAssistance(3);
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
+    EXPECT_THAT(fixture.sent(),
+                ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
     setByAssistance(5);
     fixture.button("m_btn50HZ").click();
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
+    EXPECT_THAT(fixture.sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
     setByAssistance(7);
     fixture.controller().m_sliderBright.setIntValue(9);
     EXPECT_EQ(slider.value(), 9);
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 07 00")) << "9 is the program's own";
+    EXPECT_THAT(fixture.sent(), ElementsAre("21 01 0200 0300 2 | 07 00"))
+        << "9 is the program's own";
     setByAssistance(8);
     fixture.window().close();
     EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
@@ -62,7 +58,8 @@ TEST_F(SliderPaceTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
     });
     slider.setSliderDown(true);
     slider.setSliderPosition(60);
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
+    EXPECT_THAT(fixture.sent(),
+                ElementsAre("21 01 0200 0300 2 | 3c 00", "21 01 0200 0300 2 | b4 00"));
     slider.setSliderPosition(200);
     EXPECT_THAT(fixture.requests(), IsEmpty());
     slider.setSliderDown(false);
@@ -84,7 +81,8 @@ TEST_F(SliderPaceTest, KeysThatComeWhileTheCameraAnswersAreOneChange) {
     });
     QTest::keyClick(&slider, Qt::Key_Right);
     EXPECT_TRUE(WindowFixture::waitUntil([&] { return slider.value() == 71; }));
-    EXPECT_THAT(sent(), ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
+    EXPECT_THAT(fixture.sent(),
+                ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
 }
 
 }  // namespace

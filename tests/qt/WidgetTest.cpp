@@ -34,12 +34,6 @@ class ActionTest : public testing::Test {
         QCoreApplication::instance()->notify(&widget, &event);
     }
 
-    /// What was sent to the camera once all that is queued has been handled.
-    std::vector<std::string> sent() {
-        QCoreApplication::processEvents();
-        return fixture.requests();
-    }
-
     WindowFixture fixture;
 };
 
@@ -47,17 +41,17 @@ TEST_F(ActionTest, WheelWithoutFocusScrollsThePageInstead) {
     fixture.window().resize(1024, 400);
     auto& list = fixture.list("m_SpinRgain");
     auto& area = *fixture.find<QScrollArea>("vendorPageScroll");
-    sent();  // the window is laid out by now
+    fixture.sent();  // the window is laid out by now
     turnWheel(list);
     turnWheel(fixture.slider("m_SliderRgain"));
     EXPECT_GT(area.verticalScrollBar()->value(), 0);
-    EXPECT_THAT(sent(), IsEmpty());
+    EXPECT_THAT(fixture.sent(), IsEmpty());
     list.setFocus();
     turnWheel(list);
-    EXPECT_THAT(sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
+    EXPECT_THAT(fixture.sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
     list.showPopup();  // and the same item chosen again
     QTest::keyClick(QApplication::activePopupWidget()->focusWidget(), Qt::Key_Return);
-    EXPECT_THAT(sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
+    EXPECT_THAT(fixture.sent(), ElementsAre(_, "21 01 0f00 1000 2 | ff ff"));
 }
 
 TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
@@ -68,7 +62,7 @@ TEST_F(ActionTest, ToAssistanceAToggleIsAClick) {
         QAccessible::queryAccessibleInterface(&fixture.button(name))
             ->actionInterface()
             ->doAction(QAccessibleActionInterface::toggleAction());
-        EXPECT_THAT(sent(), ElementsAre(_, request));
+        EXPECT_THAT(fixture.sent(), ElementsAre(_, request));
     }
 }
 
@@ -110,18 +104,6 @@ TEST(WidgetTest, AnEmptyReferenceAndOneToAnotherKindReadAsNothing) {
         EXPECT_EQ(view.layer(), nullptr);
         EXPECT_EQ(view.bounds().x + view.bounds().y + view.bounds().width, 0);
     }
-}
-
-TEST(WidgetTest, TabStopsAtTheRadioButtonThatIsOn) {
-    WindowFixture fixture;
-    fixture.controller().m_btnStylePC.setState(1);
-    fixture.controller().m_btnBright.setState(0);
-    fixture.controller().m_btnAutoWB.setState(1);
-    for (const char* name : {"m_btnStylePC", "m_btnBright", "m_btnStyleNormal"})
-        EXPECT_EQ(fixture.button(name).focusPolicy(),
-                  fixture.button(name).isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
-    EXPECT_EQ(fixture.controller().m_btnStylePC.state(), 1);
-    EXPECT_EQ(fixture.button("m_btn50HZ").focusPolicy(), Qt::StrongFocus);
 }
 
 /// A layer that shows one red picture, twice as wide as high at first, and tells where it wrote it.

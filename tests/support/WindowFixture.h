@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <memory>
 
 #include "app/ViewController.h"
@@ -44,4 +45,10 @@ class WindowFixture : public CameraFixture, public LiveWindow {
 
     /// Presses the open button, and forgets the log and the requests.
     void pressOpen();
+
+    /// What was sent to the camera once all that is queued has been handled.
+    std::vector<std::string> sent() {
+        QCoreApplication::processEvents();
+        return requests();
+    }
 };
