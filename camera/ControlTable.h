@@ -28,8 +28,5 @@ enum UnitKind : std::int32_t {
 /// Returns the row of a selector of a unit kind, or null when there is none.
 const UVCControlInfo* findControl(std::int32_t unitKind, std::int32_t selector);
 
-/// The bytes of the longest control, as one value travels at the most.
-inline constexpr std::int32_t longestControl = 8;
-
 /// Returns whether any control has so many bytes.
 bool isControlSize(std::int32_t size);

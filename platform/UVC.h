@@ -47,6 +47,9 @@ enum CameraTerminalSelector : std::uint8_t {
     CT_PANTILT_ABSOLUTE_CONTROL = 13,       ///< two halves, arc seconds: pan, tilt
 };
 
+/// Bytes of the longest standard control that is used, pan and tilt (4.2.2.1.14).
+inline constexpr std::int32_t longestControl = 8;
+
 /// The bits of CT_AE_MODE_CONTROL (4.2.2.1.2).
 enum AutoExposureMode : std::uint8_t {
     exposureManual = 1,            ///< time and iris by hand

@@ -2,12 +2,15 @@
 
 #include <cstdint>
 
+/// Bytes of the longest vendor control, the firmware version's text; a shorter text ends in a 0.
+inline constexpr std::int32_t versionSize = 24;
+
 /// Selectors of the vendor's extension unit, the high byte of wValue. All values but the version
 /// are one signed byte, whatever length the camera gives the control.
 enum VendorSelector : std::uint8_t {
     XU_NR2D = 6,           ///< 2D noise reduction, 0 to 6
     XU_NR3D = 7,           ///< 3D noise reduction, 0 to 8
-    XU_VERSION = 9,        ///< read only: firmware version text, at most 24 bytes
+    XU_VERSION = 9,        ///< read only: firmware version text, `versionSize` bytes
     XU_COMP_SWITCH = 10,   ///< exposure compensation: 0 on, 1 off
     XU_COMP_VALUE = 11,    ///< exposure compensation, -7 to 7
     XU_DRC = 12,           ///< dynamic range compression, 0 to 8

@@ -33,7 +33,7 @@ class SharedBuffer {
     }
 
   private:
-    std::array<std::uint8_t, 8> bytes_{};
+    std::array<std::uint8_t, longestControl> bytes_{};
 };
 
 /// Bytes that a processing-unit value takes in `uvcCfg`.

@@ -1,6 +1,5 @@
 // Fills the vendor page from the camera.
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>
@@ -12,8 +11,8 @@
 
 namespace {
 
-/// The buffer of every vendor read; as long as the longest control, the version text.
-using VendorBuffer = std::array<char, 24>;
+/// The buffer of every vendor read.
+using VendorBuffer = std::array<char, versionSize>;
 
 std::int64_t read(std::int32_t selector, VendorBuffer& buffer) {
     return Capture_Transfer(static_cast<std::uint32_t>(selector), captureRead, buffer.data(),

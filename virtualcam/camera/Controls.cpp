@@ -87,7 +87,7 @@ std::vector<ControlRow> vendorUnit() {
     return {
         level(XU_NR2D, 1, {0, 6, 1, 3}, &Picture::noiseReduction2D),  // steps
         level(XU_NR3D, 1, {0, 8, 1, 4}, &Picture::noiseReduction3D),  // steps
-        {{extensionUnitID, XU_VERSION}, text, 24, infoGet},
+        {{extensionUnitID, XU_VERSION}, text, versionSize, infoGet},
         level(XU_COMP_SWITCH, 1, {0, 1, 1, 1}, &Picture::exposureCompensationOff),  // 0 is on
         level(XU_COMP_VALUE, 2, {-7, 7, 1, 0}, &Picture::exposureCompensation),     // 1/5 stop
         level(XU_DRC, 2, {0, 8, 1, 0}, &Picture::dynamicRange),                     // steps

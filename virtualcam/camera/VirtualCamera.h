@@ -39,7 +39,7 @@ struct CameraModel {
     std::uint16_t vendorID = 0;    ///< USB
     std::uint16_t productID = 0;   ///< USB
     std::uint32_t locationID = 0;  ///< where it is plugged in
-    std::string version;           ///< firmware text, at most 24 bytes
+    std::string version;           ///< firmware text, at most `versionSize` bytes
     std::vector<ControlRow> controls;
 };
 

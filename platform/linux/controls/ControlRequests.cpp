@@ -14,8 +14,6 @@
 namespace platform {
 namespace {
 
-constexpr std::size_t largestRow = 8;  // bytes of the longest standard control: pan and tilt
-
 using Bytes = std::span<std::uint8_t>;
 using Description = v4l2_query_ext_ctrl;
 
@@ -129,7 +127,7 @@ IOReturn read(Ioctl& node, const ControlRow& row, std::uint8_t request, Bytes an
 IOReturn performStandardRequest(Ioctl& node, const ControlRow& row, IOUSBDevRequest& request) {
     if (request.bRequest == SET_CUR)
         return setCurrent(node, row, request);
-    std::array<std::uint8_t, largestRow> room{};
+    std::array<std::uint8_t, longestControl> room{};
     const Bytes answer = Bytes(room).first(row.size());
     const IOReturn status = read(node, row, request.bRequest, answer);
     if (status == kIOReturnSuccess)
