@@ -6,8 +6,6 @@
 #include <cstdlib>
 #include <optional>
 
-#include "devices/CaptureSession.h"
-#include "platform/AVCaptureSession.h"
 #include "tests/support/Footprint.h"
 #include "tests/support/WindowFixture.h"
 
@@ -72,10 +70,6 @@ TEST(EnduranceTest, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
     const int cycles = wanted == nullptr ? 100 : std::atoi(wanted);
     WindowFixture fixture;
     fixture.bus().unplug(fixture.cameraReference());
-    const auto footprint = [] {
-        g_captureSession.reset();
-        return Footprint::now();
-    };
     Footprint before;
     for (int i = 0; i <= cycles; ++i) {
         fixture.bus().plug(fixture.cameraReference());
@@ -85,12 +79,12 @@ TEST(EnduranceTest, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
         fixture.bus().unplug(fixture.cameraReference());
         awaitPreviewsEnd(fixture);
         if (i == 10)
-            before = footprint();
+            before = Footprint::now();
     }
     // A thread that has just ended, and the picture that it held, may count for a moment more.
     Footprint after;
     EXPECT_TRUE(WindowFixture::waitUntil([&] {
-        after = footprint();
+        after = Footprint::now();
         return after.isBackAt(before, std::size_t{64} * 1024);
     })) << after
         << "; before: " << before;
