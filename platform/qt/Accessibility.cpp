@@ -80,4 +80,11 @@ void nameLists(QWidget& window) {
         nameList(*list);
 }
 
+void announce([[maybe_unused]] QLabel& label) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    QAccessibleAnnouncementEvent event(&label, label.text());
+    QAccessible::updateAccessibility(&event);
+#endif
+}
+
 }  // namespace platform

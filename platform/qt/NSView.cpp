@@ -2,6 +2,7 @@
 
 #include <QLabel>
 
+#include "platform/qt/Accessibility.h"
 #include "platform/qt/ImageView.h"
 #include "platform/qt/WidgetPeer.h"
 
@@ -17,6 +18,8 @@ void NSTextField::setStringValue(std::string_view text) const {
     change<QLabel>(peer(), [&](QLabel& label) {
         label.setTextFormat(Qt::PlainText);  // the text may come from a camera
         label.setText(platform::fromUtf8(text));
+        if (label.focusPolicy() != Qt::NoFocus)  // a number follows its slider, which tells it
+            platform::announce(label);
     });
 }
 

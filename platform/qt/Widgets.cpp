@@ -10,6 +10,7 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
     setEditable(true);
     setInsertPolicy(NoInsert);
     setCompleter(nullptr);
+    lineEdit()->setPlaceholderText(QStringLiteral("Choose a camera"));
     // On Return the toolkit would choose the first of several cameras of one name, and put an item
     // that differs in case only in place of what the user typed.
     disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);

@@ -19,14 +19,20 @@ SECONDS = 10  # until what must happen counts as not happening
 class Desk:
     def __init__(self, program):
         Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
-        # Nothing is done with the events but waking up: what they tell of is looked at again.
-        self._listener = Atspi.EventListener.new(lambda _: None)
+        # Events wake up: what they tell of is looked at again. New names are kept besides.
+        self.told = set()
+        self._listener = Atspi.EventListener.new(self._hear)
         for event in ("object", "window", "focus"):
             self._listener.register(event)
         self._log = tempfile.TemporaryFile("w+")
         self._process = subprocess.Popen([program], stderr=self._log)
         atexit.register(self._process.kill)
         self.window = self.until(self._active_window)
+
+    def _hear(self, event):
+        if event.type == "object:property-change:accessible-name":
+            with contextlib.suppress(GLib.Error):  # it may be gone
+                self.told.add(event.source.get_name())
 
     def until(self, condition):
         """Returns the first value of `condition` that counts as true. The pixels of the screen
@@ -67,7 +73,7 @@ class Desk:
         """Waits until the slider shows the number, and the text or list beside it too."""
         slider = self.find("slider", name)
         self.until(lambda: slider.get_value_iface().get_current_value() == number
-                   and str(number) in [widget.get_name() for widget in beside(slider)])
+                   and str(number) in [widget.get_name() for widget in numbers_of(slider)])
 
     def wait_checked(self, name, wanted=True):
         box = self.find("check box", name)
@@ -109,8 +115,21 @@ def beside(slider):
 
 
 def is_named(widget):
-    """A list's name is what is chosen; what it is called tells the label that it relates to."""
-    return widget.get_relation_set() if kind_of(widget) == "combo box" else widget.get_name()
+    """What a list or the version is called tells a label; its name is what it shows."""
+    return (labels_of if kind_of(widget) in ("combo box", "label") else Atspi.Accessible.get_name)(
+        widget)
+
+
+def numbers_of(slider):
+    """What says that it is the slider's number: a text in its description, a list by its label."""
+    name = slider.get_name()
+    return [number for number in beside(slider)
+            if number.get_description() == name or f"{name} value" in labels_of(number)]
+
+
+def labels_of(widget):
+    return [relation.get_target(0).get_name() for relation in widget.get_relation_set()
+            if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY]
 
 
 def kind_of(widget):

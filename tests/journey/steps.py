@@ -45,6 +45,7 @@ def open_camera(desk):
     assert max(nothing.columns) - min(nothing.columns) < 8
     desk.press("button", "Open camera")
     desk.find("label", "v3 V9.2.4")
+    assert "v3 V9.2.4" in desk.told
     desk.until(lambda: not Picture(desk).is_like(nothing))
 
 

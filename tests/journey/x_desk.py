@@ -4,7 +4,7 @@ import subprocess
 
 from desk import Desk, beside, children, descendants, extents, has, kind_of, middle
 
-WORKED = ("combo box", "button", "check box", "radio button", "slider", "page tab list")
+WORKED = ("combo box", "button", "check box", "radio button", "slider", "page tab list", "label")
 
 
 class XDesk(Desk):

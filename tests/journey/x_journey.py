@@ -3,18 +3,19 @@ it all back and leaves. After each step the picture and the widgets must agree."
 
 import sys
 
-from desk import has, is_named, kind_of
+from desk import has, is_named, kind_of, numbers_of
 from steps import Picture, leave, open_camera, turn_to
 from x_desk import XDesk
 
 
 def walk_and_speak(desk):
-    """Without a mouse: everything says what it is, and Tab goes around and leaves nothing out but
-    the radio buttons that are off, which the arrows reach."""
+    """Without a mouse: everything says what it is, each number whose it is, and Tab goes around and
+    leaves nothing out but the radio buttons that are off, which the arrows reach."""
     for page, slider in (("Vendor", "Red gain"), ("Standard", "Brightness")):
         turn_to(desk, page, slider)
         controls = desk.controls()
         assert all(map(is_named, controls))
+        assert all(numbers_of(widget) for widget in controls if kind_of(widget) == "slider")
         stops = [widget for widget in controls
                  if kind_of(widget) != "radio button" or has(widget, "CHECKED")]
         stops[1].get_component_iface().grab_focus()
