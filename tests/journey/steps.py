@@ -49,6 +49,22 @@ def open_camera(desk):
     desk.until(lambda: not Picture(desk).is_like(nothing))
 
 
+def flip(desk):
+    plain = Picture(desk)
+    desk.press("check box", "Flip horizontally")
+    desk.wait_checked("Flip horizontally")
+    desk.until(lambda: Picture(desk).mirrors(plain))
+
+
+def restore(desk):
+    flipped = Picture(desk)
+    for agreed in (False, True):
+        desk.press("button", "Restore vendor defaults")
+        desk.answer("Restore to default settings?", agreed)
+        desk.wait_checked("Flip horizontally", not agreed)
+    desk.until(lambda: Picture(desk).mirrors(flipped))
+
+
 def leave(desk):
     status, log = desk.end()
     strange = [line for line in log if not LOG.fullmatch(line)]

@@ -5,7 +5,7 @@ import subprocess
 import sys
 
 from desk import Desk, descendants, has, kind_of
-from steps import Picture, leave, open_camera, turn_to
+from steps import Picture, flip, leave, open_camera, restore, turn_to
 
 
 class WaylandDesk(Desk):
@@ -17,10 +17,11 @@ class WaylandDesk(Desk):
         active = self._active_window()
         return active if active != self.window else None
 
-    def answer(self, question, button):
+    def answer(self, question, agreed):
         """Answers a box by one of its buttons, and waits until it is gone."""
         self.find("label", question)
         box = self.until(self._box)
+        button = "OK" if agreed else "Cancel"
         self.click(next(widget for widget in descendants(box)
                         if kind_of(widget) == "button" and widget.get_name() == button))
         self.until(lambda: has(self.window, "ACTIVE"))
@@ -43,21 +44,8 @@ def change(desk):
     desk.wait_number("Brightness", 200)
     desk.until(lambda: Picture(desk).light > plain.light + 30)
     turn_to(desk, "Vendor", "Red gain")
-    plain = Picture(desk)
-    desk.press("check box", "Flip horizontally")
-    desk.wait_checked("Flip horizontally")
-    desk.until(lambda: Picture(desk).mirrors(plain))
-
-
-def restore(desk):
-    flipped = Picture(desk)
-    for answer, stays in (("Cancel", True), ("OK", False)):
-        desk.press("button", "Restore vendor defaults")
-        desk.answer("Restore to default settings?", answer)
-        desk.wait_checked("Flip horizontally", stays)
-    desk.until(lambda: Picture(desk).mirrors(flipped))
 
 
 desk_of_journey = WaylandDesk(sys.argv[1])
-for part in (open_camera, change, restore, leave):
+for part in (open_camera, change, flip, restore, leave):
     part(desk_of_journey)

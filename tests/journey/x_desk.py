@@ -23,10 +23,11 @@ class XDesk(Desk):
         self.until(lambda: has(choices, "SHOWING"))
         self.click(next(choice for choice in children(choices) if choice.get_name() == item))
 
-    def answer(self, question, key):
-        """Answers a box by a key, and waits until it is gone. Only then does the key come up: of
-        one that assistive technology has not answered for when its window goes, the toolkit loses
-        the memory."""
+    def answer(self, question, agreed):
+        """Answers a box by Return or Escape, and waits until it is gone. Only then does the key
+        come up: of one that assistive technology has not answered for when its window goes, the
+        toolkit loses the memory."""
+        key = "Return" if agreed else "Escape"
         self.find("label", question)
         self.until(lambda: not has(self.window, "ACTIVE"))
         self.hand("keydown", key)

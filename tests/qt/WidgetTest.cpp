@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QBackingStore>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
@@ -78,6 +79,7 @@ TEST(WidgetTest, ToggleShowsOnlyItsImageAndTheComboBoxKeepsWhatIsTyped) {
     auto& cameras = fixture.list("m_cbxDevice");
     cameras.setFocus();
     cameras.clearEditText();
+    EXPECT_EQ(cameras.lineEdit()->placeholderText(), "Choose a camera");
     QTest::keyClicks(&cameras, "quelvo studio camera");
     QTest::keyClick(&cameras, Qt::Key_Return);
     QTest::keyClick(&cameras, Qt::Key_Tab);
