@@ -26,9 +26,23 @@ using namespace platform;
 /// What happens while a device takes its time; the main loop hears of it afterwards.
 std::function<void()> meanwhile;
 
-/// Sends no pictures: those are not the camera's own, but the decoder's.
+/// Counts the pictures that somebody still holds.
+const auto held = std::make_shared<int>();
+
+/// Sends a flood of pictures of any sizes, or none.
 struct AnySource : VideoSource {
     void start(const VideoLimits& /*limits*/, VideoSink& sink) override {
+        const std::uint8_t width = input.byte();
+        const std::uint8_t height = input.byte();
+        const std::size_t row = sizeof(std::uint32_t) * width;
+        const auto write = [kept = held, row, height](std::byte* pixels, int bytesPerLine) {
+            for (int y = 0; y < height; ++y)
+                std::fill_n(pixels + std::ptrdiff_t{y} * bytesPerLine, row, std::byte{0xFF});
+        };
+        for (int count = width * height > 0 ? input.byte() : 0; count > 0; --count)
+            sink.frame({width, height, write});
+        if (input.seldom())
+            sink.noted(input.text());
         if (input.seldom())
             sink.failed(input.text());
     }
@@ -174,6 +188,8 @@ struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
             if (device->video)
                 cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));
         require(listed == cameras, "the list shows the cameras of the bus");
+        // The session that is shown and the one that failed to replace it hold two each.
+        require(held.use_count() <= 5, "of a flood of pictures the latest are kept");
     }
 
     bool isAtRest = true;

@@ -76,6 +76,11 @@ TEST(EnduranceTest, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
         fixture.pressOpen();
         if (i % 10 == 0)  // mostly it is pulled out before there is a picture
             fixture.awaitPicture();
+        fixture.camera().setFaults({.stalled = {{3, PU_BRIGHTNESS_CONTROL}}});
+        for (int position = 10; position < 20; ++position)
+            fixture.moveSlider("m_sliderBright", position);
+        EXPECT_EQ(fixture.log().count(requestFailed), 10);
+        fixture.camera().setFaults({});
         fixture.bus().unplug(fixture.cameraReference());
         awaitPreviewsEnd(fixture);
         if (i == 10)
