@@ -16,7 +16,7 @@ namespace {
 
 // How far colours must be apart by the WCAG 2.1, and somewhat more for lines, which are softened.
 constexpr double textContrast = 4.5;
-constexpr double lineContrast = 3.6;
+constexpr double lineContrast = 4;
 
 double luminance(const QColor& color) {
     const auto linear = [](float part) {

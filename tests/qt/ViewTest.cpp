@@ -50,7 +50,8 @@ void onEachPage(WindowFixture& fixture, Check check) {
 }
 
 TEST(ViewTest, TextsAndOutlinesStandOutInLightAndDark) {
-    for (const QPalette& palette : {QPalette(QColor(49, 54, 59), QColor(42, 46, 50)), QPalette()}) {
+    for (const QPalette& palette : {QPalette(QColor(49, 54, 59), QColor(42, 46, 50)),
+                                    QPalette(Qt::black, Qt::black), QPalette()}) {
         WindowFixture fixture;
         QApplication::setPalette(palette);
         QImage selection(2, 1, QImage::Format_RGB32);
