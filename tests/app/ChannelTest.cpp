@@ -174,8 +174,11 @@ TEST_F(ChannelTest, NamedControlsEncodeWhatTheyWriteAndDecodeWhatTheyRead) {
         camera.setBrightness(given);
         EXPECT_EQ(fixture_.camera().picture().brightness, sent) << given;
     }
-    const UVCControlRange range = camera.getRangeForControl(findControl(UNIT_XU, XU_COMP_VALUE));
-    EXPECT_EQ(std::pair(range.min, range.max), std::pair(-7, 7));
+    for (const std::uint16_t length : std::initializer_list<std::uint16_t>{1, 2}) {
+        fixture_.camera().setFaults({.lengths = {{{16, XU_COMP_VALUE}, length}}});
+        const auto range = camera.getRangeForControl(findControl(UNIT_XU, XU_COMP_VALUE));
+        EXPECT_EQ(std::pair(range.min, range.max), std::pair(-7, 7));
+    }
     EXPECT_EQ(UVCCameraControl::mapValue(25, 5, 15, 100, 200), 300) << "nothing is clamped";
 }
 
