@@ -10,8 +10,8 @@
 int main(int argc, char** argv) {
     platform::SystemLog log;
     platform::KeptNode node;
-    platform::LinuxUsb usb(node);
     platform::LinuxCapture capture(node);
+    platform::LinuxUsb usb(node, capture);
     platform::installBackends({&usb, &capture, &log});
     return runQuelvo(argc, argv);
 }

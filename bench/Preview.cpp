@@ -56,8 +56,9 @@ class PlayedDevice : public platform::CaptureDevice {
             }
             return bin;
         };
-        return platform::makePreview({makeElement, [] { return std::string(); }},
-                                     std::make_shared<platform::ClosingPreviews>());
+        return platform::makePreview(
+            {makeElement, [](platform::VideoNode&) { return std::string(); }},
+            std::make_shared<platform::ClosingPreviews>());
     }
 
   private:

@@ -90,7 +90,9 @@ void followDevices() {
 void lookAtUsb() {
     std::vector<std::shared_ptr<UsbInterface>> interfaces;
     KeptNode node;
-    for (const auto& device : LinuxUsb(node).devices())
+    const LinuxCapture capture(node);
+    LinuxUsb usb(node, capture);
+    for (const auto& device : usb.devices())
         device->interfaces(interfaces);
     for (const auto& interface : interfaces)
         interface->open();

@@ -36,6 +36,6 @@ class KernelWindow : public LiveWindow {
 
   private:
     platform::KeptNode node_;
-    platform::LinuxUsb usb_{node_};
     platform::LinuxCapture capture_{node_};
+    platform::LinuxUsb usb_{node_, capture_};
 };

@@ -133,6 +133,16 @@ TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     EXPECT_EQ(log.count("ERROR"), 0);
 }
 
+TEST_F(Window, OfTwoOfOneProductTheFirstListedHasThePictureAndTheSettings) {
+    const auto first = plug(studioCamera(), 1);
+    const auto second = plug(studioCamera(), 0);  // the first by its name on the bus
+    clickOpen();
+    awaitPicture();
+    click("m_btnFlipH");
+    EXPECT_TRUE(waitUntil([] { return !isBrightAtTheRight(); }));
+    EXPECT_THAT(second->camera().requests(), testing::IsEmpty());
+}
+
 // The next one in the port is another camera, of which the open channel knows nothing.
 TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     auto plugged = plug(studioCamera(), 0);

@@ -89,8 +89,8 @@ struct Session : CaptureListener {
 
     Lines said;
     KeptNode node;
-    LinuxUsb usb{node};
     LinuxCapture capture{node};
+    LinuxUsb usb{node, capture};
     std::shared_ptr<UsbDevice> camera;
     Interfaces found;
 };

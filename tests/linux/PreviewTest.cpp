@@ -5,7 +5,8 @@
 #include <filesystem>
 #include <semaphore>
 
-#include "platform/linux/devices/VideoNode.h"
+#include "platform/linux/devices/KeptNode.h"
+#include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/preview/ClosingPreviews.h"
 #include "platform/linux/preview/Preview.h"
 #include "platform/linux/preview/PreviewMode.h"
@@ -67,13 +68,12 @@ struct Preview : testing::Test {
     }
     void TearDown() override { EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1))); }
 
-    /// A preview of the camera at that path, or of these elements in place of the machine's camera.
-    std::unique_ptr<VideoSource> preview(const std::string& origin) {
-        if (origin.starts_with('/'))
-            return openPreview(origin, closing);
-        const auto whyNot = [] { return whyNotUsable("/dev/video10"); };
-        return makePreview({[=] { return elements(origin); }, whyNot}, closing);
+    /// A preview of these elements.
+    std::unique_ptr<VideoSource> preview(const std::string& description) {
+        return makePreview({[=] { return elements(description); }, isThere}, closing);
     }
+
+    static std::string isThere(VideoNode& /*held*/) { return ""; }
 
     const std::shared_ptr<ClosingPreviews> closing = std::make_shared<ClosingPreviews>();
     const std::string endless = "videotestsrc ! capsfilter caps=video/x-raw,width=160,height=120";
@@ -94,14 +94,21 @@ TEST_F(Preview, TakesAModeAsLargeAsTheLimitsThenSmoothThenEasyToDecode) {
 TEST_F(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
     checkRows("previews.txt", [this](const Lines& given) {
         fakeMachine = FakeMachine();
-        Lines origin;
+        KeptNode node;
+        LinuxCapture capture(node);
+        Lines description;
+        std::unique_ptr<VideoSource> source;
+        std::string error;
         for (const std::string& line : given)
-            if (line.starts_with("/dev/video10"))
+            if (line.starts_with('/'))
                 fakeMachine.change(line);
+            else if (line == "open camera")
+                source = capture.devices().at(0)->open(error);
             else
-                origin.push_back(line);
+                description.push_back(line);
         Recorder recorder;
-        auto source = preview(joined(origin, " "));
+        if (!source)
+            source = preview(joined(description, " "));
         source->start({640, 480}, recorder);
         recorder.ended.acquire();
         source.reset();
@@ -129,7 +136,7 @@ TEST_F(Preview, StopsAtOnceAndForGoodAndWaitsForNoOtherCameraThatHangs) {
     };
     Recorder recorder, other;
     const auto elsewhere = preview(endless);
-    const auto source = makePreview({makeElement, [] { return ""; }, "a camera"}, closing);
+    const auto source = makePreview({makeElement, isThere, "a camera"}, closing);
     source->start({640, 480}, recorder);
     hanging.acquire();
     // Those that follow take their turn behind it, but for those that are given up as well.

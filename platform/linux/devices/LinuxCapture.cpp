@@ -28,7 +28,7 @@ class LinuxCapture::Device : public CaptureDevice {
         // Only the file is looked at. The camera may take long, and is asked on the preview's
         // thread.
         error = facts_.hasVideo ? whyNotOpenable(facts_.devnode) : "This device delivers no video.";
-        return error.empty() ? openPreview(facts_.devnode, closing_) : nullptr;
+        return error.empty() ? openPreview(facts_, closing_) : nullptr;
     }
 
   private:
@@ -48,6 +48,14 @@ LinuxCapture::~LinuxCapture() {
 
 bool LinuxCapture::waitForPreviews(std::chrono::milliseconds patience) {
     return closing_->waitForAll(patience);
+}
+
+std::size_t LinuxCapture::placeInList(const Attachment& usbDevice) const {
+    const auto found = std::ranges::find_if(attached_, [&](const auto& device) {
+        const NodeFacts& facts = device->facts();
+        return facts.hasVideo && facts.usb && facts.usb->attachment == usbDevice;
+    });
+    return static_cast<std::size_t>(found - attached_.begin());
 }
 
 std::vector<std::shared_ptr<CaptureDevice>> LinuxCapture::devices() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@ namespace platform {
 class ClosingPreviews;
 class KeptNode;
 class UdevFeed;
+struct Attachment;
 struct NodeFacts;
 
 /// The capture devices of the machine: cameras with a video4linux node, and microphones, which
@@ -29,6 +31,9 @@ class LinuxCapture : public CaptureBackend {
     /// Waits until every preview that was stopped has let go of its camera; false when that takes
     /// longer than `patience`.
     bool waitForPreviews(std::chrono::milliseconds patience);
+
+    /// Where the first camera of a USB device stands in the list; behind all when it has none.
+    std::size_t placeInList(const Attachment& usbDevice) const;
 
     std::vector<std::shared_ptr<CaptureDevice>> devices() override;
     void setListener(CaptureListener* listener) override;

@@ -1,35 +1,22 @@
 #include "platform/linux/devices/LinuxUsb.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string>
 #include <utility>
 
 #include "platform/linux/controls/ControlRequests.h"
-#include "platform/linux/devices/NodeFacts.h"
+#include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/devices/Udev.h"
 
 namespace platform {
 namespace {
 
-/// A device from the moment it is plugged in until it is unplugged. The kernel gives it a new
-/// number each time.
-struct Attachment {
-    std::string syspath;
-    std::string number;
-
-    /// Returns the device, or null when it has been unplugged since.
-    UdevDevicePtr device(udev* context) const {
-        auto found = udevDevice(context, syspath);
-        const bool same = found && udevAttribute(found.get(), "devnum") == number;
-        return same ? std::move(found) : nullptr;
-    }
-
-    IOReturn presence() const {
-        const UdevPtr context(udev_new());
-        return device(context.get()) ? kIOReturnSuccess : ENODEV;
-    }
-};
+IOReturn presence(const Attachment& attachment) {
+    const UdevPtr context(udev_new());
+    return udevDevice(context.get(), attachment) ? kIOReturnSuccess : ENODEV;
+}
 
 class LinuxUsbInterface : public UsbInterface {
   public:
@@ -44,8 +31,8 @@ class LinuxUsbInterface : public UsbInterface {
                        field("bInterfaceProtocol", 16), field("bAlternateSetting", 10)};
     }
 
-    IOReturn createPlugIn() override { return attachment_.presence(); }
-    IOReturn queryInterface() override { return attachment_.presence(); }
+    IOReturn createPlugIn() override { return presence(attachment_); }
+    IOReturn queryInterface() override { return presence(attachment_); }
     Descriptor descriptor() const override { return descriptor_; }
 
     IOReturn open() override { return node_.expired() ? openNode() : kIOReturnSuccess; }
@@ -68,7 +55,7 @@ class LinuxUsbInterface : public UsbInterface {
     /// none to the metadata node beside it.
     IOReturn openNode() {
         const UdevPtr context(udev_new());
-        const auto present = attachment_.device(context.get());
+        const auto present = udevDevice(context.get(), attachment_);
         const auto interface = present ? udevDevice(context.get(), syspath_) : nullptr;
         if (!interface)
             return ENODEV;
@@ -101,22 +88,23 @@ class LinuxUsbInterface : public UsbInterface {
 class LinuxUsbDevice : public UsbDevice {
   public:
     LinuxUsbDevice(udev_device* device, KeptNode& kept)
-        : attachment_{textOrEmpty(udev_device_get_syspath(device)),
-                      udevAttribute(device, "devnum")},
+        : attachment_(attachmentOf(device)),
           vendorID_(usbID(device, "idVendor")),
           productID_(usbID(device, "idProduct")),
           locationID_(usbLocation(textOrEmpty(udev_device_get_sysname(device))).id),
           kept_(kept) {}
 
-    IOReturn createPlugIn() override { return attachment_.presence(); }
-    IOReturn queryInterface() override { return attachment_.presence(); }
+    const Attachment& attachment() const { return attachment_; }
+
+    IOReturn createPlugIn() override { return presence(attachment_); }
+    IOReturn queryInterface() override { return presence(attachment_); }
     std::uint16_t vendorID() const override { return vendorID_; }
     std::uint16_t productID() const override { return productID_; }
     std::uint32_t locationID() const override { return locationID_; }
 
     IOReturn interfaces(std::vector<std::shared_ptr<UsbInterface>>& found) override {
         const UdevPtr context(udev_new());
-        const auto device = attachment_.device(context.get());
+        const auto device = udevDevice(context.get(), attachment_);
         if (!device)
             return ENODEV;
         for (const UdevDevicePtr& interface : usbInterfaces(context.get(), device.get()))
@@ -136,14 +124,18 @@ class LinuxUsbDevice : public UsbDevice {
 }  // namespace
 
 std::vector<std::shared_ptr<UsbDevice>> LinuxUsb::devices() {
-    std::vector<std::shared_ptr<UsbDevice>> found;
+    std::vector<std::shared_ptr<LinuxUsbDevice>> found;
     const UdevPtr context(udev_new());
     if (!context)
-        return found;
+        return {};
     for (const UdevDevicePtr& device : udevDevices(context.get(), "usb", nullptr))
         if (isUsb(device.get(), "usb_device"))
             found.push_back(std::make_shared<LinuxUsbDevice>(device.get(), kept_));
-    return found;
+    // Of several with the same ids the first is taken, which must be the one whose picture is.
+    std::ranges::stable_sort(found, {}, [this](const auto& device) {
+        return capture_.placeInList(device->attachment());
+    });
+    return {found.begin(), found.end()};
 }
 
 }  // namespace platform

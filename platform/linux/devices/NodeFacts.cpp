@@ -90,10 +90,13 @@ std::string uniqueIdentifier(const NodeFacts& facts) {
 std::string displayName(const NodeFacts& facts) {
     const std::string_view product = facts.usb ? trimmed(facts.usb->product) : std::string_view();
     const std::string_view driver = trimmed(facts.driverName);
-    const std::string_view name = !product.empty() ? product : driver;
+    const bool isFunction = facts.usb && facts.usb->function != 0;
+    std::string_view name = isFunction ? trimmed(facts.usb->interfaceName) : std::string_view();
+    if (name.empty())
+        name = !product.empty() ? product : driver;
     if (name.empty())
         return facts.sysname;
-    const bool further = facts.index != 0 || (facts.usb && facts.usb->function != 0);
+    const bool further = isFunction || facts.index != 0;
     return further ? fmt::format("{} ({})", name, facts.sysname) : std::string(name);
 }
 

@@ -17,13 +17,24 @@ struct UsbLocation {
 /// for the root hub of bus 1. Anything else is at no exact location.
 UsbLocation usbLocation(std::string_view sysname);
 
+/// A USB device from the moment it is plugged in until it is unplugged. The kernel gives it a new
+/// number each time.
+struct Attachment {
+    std::string syspath;
+    std::string number;
+
+    bool operator==(const Attachment&) const = default;
+};
+
 /// What is known of the USB device behind a node.
 struct UsbFacts {
+    Attachment attachment;
     std::string sysname;  ///< as `usbLocation` reads it
     std::uint16_t vendorID = 0;
     std::uint16_t productID = 0;
     std::string product;  ///< the device's own name for itself; may be empty
     int function = 0;     ///< how many video-control interfaces the device has before this one's
+    std::string interfaceName;  ///< the device's name for this one; may be empty
 };
 
 /// What is known of a capture node: a video4linux node that delivers video, or a microphone.
@@ -45,7 +56,8 @@ struct NodeFacts {
 /// its device, and the vendor and product ids as 4 digits each.
 std::string uniqueIdentifier(const NodeFacts& facts);
 
-/// The product's name as a person knows it; nodes of one device have different ones.
+/// The product's name as a person knows it, or what the product calls a further video function of
+/// its own; nodes of one device have different ones.
 std::string displayName(const NodeFacts& facts);
 
 }  // namespace platform

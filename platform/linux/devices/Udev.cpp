@@ -30,6 +30,16 @@ UdevDevicePtr udevDevice(udev* context, const std::string& syspath) {
     return UdevDevicePtr(udev_device_new_from_syspath(context, syspath.c_str()));
 }
 
+Attachment attachmentOf(udev_device* usbDevice) {
+    return {textOrEmpty(udev_device_get_syspath(usbDevice)), udevAttribute(usbDevice, "devnum")};
+}
+
+UdevDevicePtr udevDevice(udev* context, const Attachment& attachment) {
+    auto found = udevDevice(context, attachment.syspath);
+    const bool same = found && attachmentOf(found.get()) == attachment;
+    return same ? std::move(found) : nullptr;
+}
+
 std::vector<UdevDevicePtr> udevDevices(udev* context, const char* subsystem, udev_device* parent) {
     std::vector<UdevDevicePtr> found;
     const UdevEnumeratePtr search(udev_enumerate_new(context));

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/devices/NodeFacts.h"
+
 namespace platform {
 
 template <auto unref>
@@ -31,6 +33,12 @@ std::optional<int> udevNumber(udev_device* device, const char* name, int base);
 
 /// Returns the device at `syspath`, or null when it is gone.
 UdevDevicePtr udevDevice(udev* context, const std::string& syspath);
+
+/// How the USB device is attached now.
+Attachment attachmentOf(udev_device* usbDevice);
+
+/// Returns the USB device, or null when it has been unplugged since.
+UdevDevicePtr udevDevice(udev* context, const Attachment& attachment);
 
 /// Returns the devices of a subsystem, those below `parent` unless it is null, in udev's order.
 std::vector<UdevDevicePtr> udevDevices(udev* context, const char* subsystem, udev_device* parent);

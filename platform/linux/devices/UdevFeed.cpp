@@ -20,22 +20,27 @@ bool records(std::string_view sysname) {
     return sysname.starts_with("pcmC") && sysname.ends_with("c");
 }
 
-/// Whether a video4linux node delivers video. If udev has found so when the node appeared, the
-/// device isn't asked: that would wake a sleeping camera, and may not be permitted. Otherwise it
-/// is, as udev may not have looked, and what a node can do may change.
+/// Whether a node can show a picture by itself. What udev has found out when the node appeared is
+/// believed of a USB device, and of a node that neither gives nor takes pictures: to ask would wake
+/// a sleeping camera, and may not be permitted. Of others udev says too little: a pipeline's nodes
+/// look like cameras to it, and a loopback gives pictures only once it is given some.
 bool deliversVideo(udev_device* device, NodeFacts& facts) {
+    if (!facts.sysname.starts_with("video"))
+        return false;  // a sensor or another part of a pipeline, a radio, teletext
     facts.driverName = textOrEmpty(udev_device_get_property_value(device, "ID_V4L_PRODUCT"));
     if (facts.driverName.empty())
         facts.driverName = udevAttribute(device, "name");
-    const char* known = udev_device_get_property_value(device, "ID_V4L_CAPABILITIES");
-    if (known != nullptr && std::string_view(known).find(":capture:") != std::string_view::npos)
-        return true;
+    const auto kinds = textOrEmpty(udev_device_get_property_value(device, "ID_V4L_CAPABILITIES"));
+    const bool captures = kinds.find(":capture:") != std::string::npos;
+    const bool takes = kinds.find(":video_output:") != std::string::npos;
+    if (!kinds.empty() && (facts.usb || (!captures && !takes)))
+        return captures;
     VideoNode node;
     const int status = node.open(facts.devnode, udev_device_get_devnum(device));
     // A node that may not be asked (yet) counts as a camera when it is its device's first one, so
     // that opening it can say what is wrong: no further event comes with the permission.
     if (status == EACCES || status == EPERM)
-        return known == nullptr && udevNumber(device, "index", 10).value_or(0) == 0;
+        return (kinds.empty() || captures) && facts.index == 0;
     return status == 0 && capturesVideo(node, facts.driverName);
 }
 
@@ -53,13 +58,16 @@ std::optional<UsbFacts> usbFacts(udev* context, udev_device* node) {
     if (device == nullptr)
         return std::nullopt;
     UsbFacts facts;
+    facts.attachment = attachmentOf(device);
     facts.sysname = textOrEmpty(udev_device_get_sysname(device));
     facts.vendorID = usbID(device, "idVendor");
     facts.productID = usbID(device, "idProduct");
     facts.product = udevAttribute(device, "product");
     if (udev_device* interface =
-            udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_interface"))
+            udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_interface")) {
         facts.function = precedingFunctions(context, device, interface);
+        facts.interfaceName = udevAttribute(interface, "interface");
+    }
     return facts;
 }
 
@@ -88,11 +96,12 @@ std::optional<NodeFacts> captureFacts(udev* context, udev_device* device) {
     facts.sysname = textOrEmpty(udev_device_get_sysname(device));
     facts.devnode = textOrEmpty(udev_device_get_devnode(device));
     const std::string subsystem = textOrEmpty(udev_device_get_subsystem(device));
+    facts.usb = usbFacts(context, device);
     facts.hasVideo = subsystem == videoNodes;
     if (facts.hasVideo) {
+        facts.index = udevNumber(device, "index", 10).value_or(0);
         if (!deliversVideo(device, facts))
             return std::nullopt;
-        facts.index = udevNumber(device, "index", 10).value_or(0);
     } else {
         if (!records(facts.sysname))
             return std::nullopt;
@@ -101,7 +110,6 @@ std::optional<NodeFacts> captureFacts(udev* context, udev_device* device) {
             facts.driverName = udevAttribute(card, "id");
     }
     facts.parent = placeOf(device, subsystem);
-    facts.usb = usbFacts(context, device);
     return facts;
 }
 

@@ -58,7 +58,8 @@ bool capturesVideo(Ioctl& node, std::string& card) {
                                   : capability.capabilities;
     const auto* name = reinterpret_cast<const char*>(capability.card);
     card.assign(name, strnlen(name, sizeof capability.card));
-    return (own & (V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE)) != 0;
+    constexpr std::uint32_t capture = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+    return (own & capture) != 0 && (own & V4L2_CAP_IO_MC) == 0;
 }
 
 int checkUnused(Ioctl& node) {
@@ -87,14 +88,6 @@ std::string openFailure(const std::string& path, int status) {
 std::string whyNotOpenable(const std::string& path) {
     const bool openable = ::faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS) == 0;
     return openable ? std::string() : openFailure(path, openStatus(errno));
-}
-
-std::string whyNotUsable(const std::string& path) {
-    VideoNode node;
-    int status = node.open(path);
-    if (status == 0)
-        status = checkUnused(node);
-    return status == 0 ? std::string() : openFailure(path, status);
 }
 
 }  // namespace platform

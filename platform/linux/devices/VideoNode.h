@@ -32,8 +32,9 @@ class VideoNode : public Ioctl {
     int descriptor_ = -1;
 };
 
-/// Whether `node` delivers video; `card` takes the driver's name for the device, which is for the
-/// driver to choose and may be any bytes. False when it does not answer.
+/// Whether `node` delivers video by itself, and not only in a pipeline that a program sets up;
+/// `card` takes the driver's name for the device, which is for the driver to choose and may be any
+/// bytes. False when it does not answer.
 bool capturesVideo(Ioctl& node, std::string& card);
 
 /// Whether another program streams from `node`: 0, or EBUSY. Leaves the node as it was.
@@ -45,9 +46,5 @@ std::string openFailure(const std::string& path, int status);
 /// Looks at the file at `path` without waiting for the camera: empty when it may be opened, or why
 /// not, in a sentence.
 std::string whyNotOpenable(const std::string& path);
-
-/// Opens the node at `path` for a moment: empty when a preview could start, or why not, in a
-/// sentence.
-std::string whyNotUsable(const std::string& path);
 
 }  // namespace platform

@@ -3,7 +3,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/devices/VideoNode.h"
+#include "platform/linux/devices/ListedNode.h"
 #include "platform/linux/preview/ClosingPreviews.h"
 #include "platform/linux/preview/Pipeline.h"
 #include "platform/linux/preview/PreviewLink.h"
@@ -37,14 +37,19 @@ class Run {
     void show() {
         if (!closing_->waitForCamera(hold_, link_.untilCut()))
             return;
-        // Asked first: merely trying a mode would disturb the pictures that another program takes.
-        std::string known = origin_.whyNotUsable();
-        if (known.empty()) {
-            showUntilTheEnd();
-            if (!link_.isCut())
-                known = origin_.whyNotUsable();
-        }
+        std::string known = showWhileHeld();
         link_.report(known.empty() ? link_.failure() : std::move(known));
+    }
+
+    /// Returns why the camera can't be shown, if it says so.
+    std::string showWhileHeld() {
+        VideoNode held;
+        // Asked first: merely trying a mode would disturb the pictures that another program takes.
+        std::string known = origin_.hold(held);
+        if (!known.empty())
+            return known;
+        showUntilTheEnd();
+        return link_.isCut() ? std::string() : origin_.hold(held);
     }
 
     void showUntilTheEnd() {
@@ -99,16 +104,21 @@ std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin,
     return std::make_unique<Preview>(std::move(origin), std::move(closing));
 }
 
-std::unique_ptr<VideoSource> openPreview(const std::string& path,
+std::unique_ptr<VideoSource> openPreview(const NodeFacts& camera,
                                          std::shared_ptr<ClosingPreviews> closing) {
-    const auto makeElement = [path] {
+    const auto makeElement = [path = camera.devnode] {
         GstElement* source = gst_element_factory_make("v4l2src", nullptr);
         if (source != nullptr)
             g_object_set(source, "device", path.c_str(), nullptr);
         return source;
     };
-    return makePreview({makeElement, [path] { return whyNotUsable(path); }, path},
-                       std::move(closing));
+    const auto hold = [camera](VideoNode& held) {
+        int status = openListed(camera, held);
+        if (status == 0)
+            status = checkUnused(held);
+        return status == 0 ? std::string() : openFailure(camera.devnode, status);
+    };
+    return makePreview({makeElement, hold, camera.devnode}, std::move(closing));
 }
 
 }  // namespace platform

@@ -10,6 +10,8 @@
 namespace platform {
 
 class ClosingPreviews;
+class VideoNode;
+struct NodeFacts;
 
 /// Where a preview's pictures come from.
 struct PreviewOrigin {
@@ -17,9 +19,10 @@ struct PreviewOrigin {
     /// preview's thread.
     std::function<GstElement*()> makeElement;
 
-    /// Says in a sentence why the origin can't be used now, or nothing. Called on the preview's
-    /// thread, before there is a source element and after it has let go.
-    std::function<std::string()> whyNotUsable;
+    /// Opens the camera in `held`, or says in a sentence why it can't be used now. While it is
+    /// held, no other camera takes its place. Called on the preview's thread, before there is a
+    /// source element and after it has let go.
+    std::function<std::string(VideoNode& held)> hold;
 
     /// Names the camera: a preview of one that a stopped preview still holds waits for it.
     std::string camera = {};
@@ -31,8 +34,8 @@ struct PreviewOrigin {
 std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin,
                                          std::shared_ptr<ClosingPreviews> closing);
 
-/// Makes a preview of the camera whose video4linux node is at `path`.
-std::unique_ptr<VideoSource> openPreview(const std::string& path,
+/// Makes a preview of a camera that was listed, and of no other that has come to its place since.
+std::unique_ptr<VideoSource> openPreview(const NodeFacts& camera,
                                          std::shared_ptr<ClosingPreviews> closing);
 
 }  // namespace platform
