@@ -40,7 +40,8 @@ class UsbInterface : public UsbNode {
 
     /// Sends one request on the default control pipe and waits for its end, at most as long as the
     /// kernel's UVC driver waits (5 s). For a read, fills at most `wLength` bytes.
-    /// Sets `wLenDone`. Returns 0, or an errno value (ENODEV: the device is gone).
+    /// Sets `wLenDone`. Returns 0, or an errno value. ENODEV: the device is gone. ETIMEDOUT: it
+    /// does not answer, or has lately not answered and was not asked.
     virtual IOReturn controlRequest(IOUSBDevRequest& request) = 0;
 
     /// Closes the interface; harmless when it is not open.

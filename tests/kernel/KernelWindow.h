@@ -32,10 +32,14 @@ class KernelWindow : public LiveWindow {
     /// Performs an exchange on this window and the camera that it shows.
     void perform(const Exchange& exchange, virtualcam::VirtualCamera& camera);
 
+    /// Lets a camera that did not answer be asked again. No other time passes for it.
+    void endRest() { now_ += platform::SilentCameras::rest; }
+
     TestLog log;
 
   private:
     platform::KeptNode node_;
     platform::LinuxCapture capture_{node_};
-    platform::LinuxUsb usb_{node_, capture_};
+    std::chrono::steady_clock::time_point now_;
+    platform::LinuxUsb usb_{node_, capture_, [this] { return now_; }};
 };

@@ -7,6 +7,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -23,6 +25,7 @@ namespace {
 using virtualcam::studioCamera;
 
 constexpr const char* requestFailed = "CameraControl Error: ";
+constexpr const char* timedOut = "CameraControl Error: Control request failed: 0000006e";
 constexpr const char* previewFailed = "ERROR: trying to open camera: ";
 
 class Window : public testing::Test, public KernelWindow {
@@ -123,14 +126,47 @@ TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     plugged->camera().setFaults({.delay = virtualcam::controlTimeout});
     moveSlider("m_sliderBright", 4);
     plugged->camera().setFaults({});
-    moveSlider("m_sliderBright", 5);
-    EXPECT_THAT(log.take(requestFailed),
-                testing::ElementsAre("CameraControl Error: Control request failed: 0000006e"));
+    moveSlider("m_sliderBright", 5);  // which is not sent
+    endRest();
+    moveSlider("m_sliderBright", 6);
+    EXPECT_THAT(log.take(requestFailed), testing::ElementsAre(timedOut, timedOut));
     close(other);
     clickOpen();
-    EXPECT_EQ(shown("m_sliderBright"), "5");
+    EXPECT_EQ(shown("m_sliderBright"), "6");
     awaitPicture();
     EXPECT_EQ(log.count("ERROR"), 0);
+}
+
+// Of its own time-outs, the driver lets the window wait for two at the most.
+TEST_F(Window, WhereverACameraFallsSilentInAnOpenTheWindowIsBackSoonAndTheNextOpenWorks) {
+    std::atomic<int> answered = 0;
+    auto plugged = plug(studioCamera(), 0);
+    auto& camera = plugged->camera();
+    camera.setWait([&](std::chrono::milliseconds) {
+        if (--answered == 0)
+            camera.setFaults({.delay = virtualcam::controlTimeout});
+    });
+    const auto expectBackSoon = [&](int after) {
+        SCOPED_TRACE(testing::Message() << "after " << after << " requests");
+        answered = after;
+        camera.setFaults({.delay = std::chrono::milliseconds(1)});
+        const auto start = std::chrono::steady_clock::now();
+        clickOpen();
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 3 * virtualcam::controlTimeout);
+        EXPECT_THAT(log.take(requestFailed), testing::Contains(timedOut));
+    };
+    for (const int after : {1, 9, 20}) {
+        expectBackSoon(after);
+        camera.setFaults({});
+        endRest();
+        clickOpen();
+        EXPECT_EQ(log.count(requestFailed), 0);
+        awaitPicture();
+    }
+    expectBackSoon(3);
+    plugged.reset();
+    EXPECT_TRUE(waitForCameras(0));
+    expectSane();
 }
 
 TEST_F(Window, OfTwoOfOneProductTheFirstListedHasThePictureAndTheSettings) {

@@ -81,6 +81,8 @@ struct Session : CaptureListener {
                  {camera->createPlugIn(), camera->queryInterface(), camera->interfaces(found),
                   found[0]->createPlugIn(), found[0]->queryInterface()})
                 said.push_back(strerrorname_np(status));
+        else if (line.starts_with("seconds pass "))
+            now += std::chrono::seconds(line.back() - '0');
         else if (line.starts_with('9'))
             said.push_back(fakeMachine.tree["/dev/video10"][line]);
         else
@@ -90,7 +92,8 @@ struct Session : CaptureListener {
     Lines said;
     KeptNode node;
     LinuxCapture capture{node};
-    LinuxUsb usb{node, capture};
+    std::chrono::steady_clock::time_point now;
+    LinuxUsb usb{node, capture, [this] { return now; }};
     std::shared_ptr<UsbDevice> camera;
     Interfaces found;
 };

@@ -20,10 +20,12 @@ IOReturn presence(const Attachment& attachment) {
 
 class LinuxUsbInterface : public UsbInterface {
   public:
-    LinuxUsbInterface(Attachment attachment, udev_device* interface, KeptNode& kept)
+    LinuxUsbInterface(Attachment attachment, udev_device* interface, KeptNode& kept,
+                      SilentCameras& silent)
         : attachment_(std::move(attachment)),
           syspath_(textOrEmpty(udev_device_get_syspath(interface))),
-          kept_(kept) {
+          kept_(kept),
+          silent_(silent) {
         const auto field = [&](const char* name, int base) {
             return static_cast<std::uint8_t>(udevNumber(interface, name, base).value_or(0));
         };
@@ -35,13 +37,15 @@ class LinuxUsbInterface : public UsbInterface {
     IOReturn queryInterface() override { return presence(attachment_); }
     Descriptor descriptor() const override { return descriptor_; }
 
-    IOReturn open() override { return node_.expired() ? openNode() : kIOReturnSuccess; }
+    IOReturn open() override {
+        return node_.expired() ? unlessSilent([this] { return openNode(); }) : kIOReturnSuccess;
+    }
 
     IOReturn controlRequest(IOUSBDevRequest& request) override {
         const auto node = node_.lock();
         if (!node)
             return EBADF;
-        const IOReturn status = performControlRequest(*node, request);
+        const IOReturn status = unlessSilent([&] { return performControlRequest(*node, request); });
         if (status == ENODEV)
             kept_.close();
         return status;
@@ -51,6 +55,17 @@ class LinuxUsbInterface : public UsbInterface {
     IOReturn close() override { return kIOReturnSuccess; }
 
   private:
+    /// Makes a call that waits for the camera, unless the camera has just let one time out.
+    template <class Call>
+    IOReturn unlessSilent(const Call& call) {
+        if (silent_.contains(attachment_))
+            return ETIMEDOUT;
+        const IOReturn status = call();
+        if (status == ETIMEDOUT)
+            silent_.add(attachment_);
+        return status;
+    }
+
     /// Opens the first node that delivers video: the driver gives its controls to that one, and
     /// none to the metadata node beside it.
     IOReturn openNode() {
@@ -82,17 +97,19 @@ class LinuxUsbInterface : public UsbInterface {
     std::string syspath_;
     Descriptor descriptor_;
     KeptNode& kept_;
+    SilentCameras& silent_;
     std::weak_ptr<VideoNode> node_;
 };
 
 class LinuxUsbDevice : public UsbDevice {
   public:
-    LinuxUsbDevice(udev_device* device, KeptNode& kept)
+    LinuxUsbDevice(udev_device* device, KeptNode& kept, SilentCameras& silent)
         : attachment_(attachmentOf(device)),
           vendorID_(usbID(device, "idVendor")),
           productID_(usbID(device, "idProduct")),
           locationID_(usbLocation(textOrEmpty(udev_device_get_sysname(device))).id),
-          kept_(kept) {}
+          kept_(kept),
+          silent_(silent) {}
 
     const Attachment& attachment() const { return attachment_; }
 
@@ -109,7 +126,7 @@ class LinuxUsbDevice : public UsbDevice {
             return ENODEV;
         for (const UdevDevicePtr& interface : usbInterfaces(context.get(), device.get()))
             found.push_back(
-                std::make_shared<LinuxUsbInterface>(attachment_, interface.get(), kept_));
+                std::make_shared<LinuxUsbInterface>(attachment_, interface.get(), kept_, silent_));
         return kIOReturnSuccess;
     }
 
@@ -119,6 +136,7 @@ class LinuxUsbDevice : public UsbDevice {
     std::uint16_t productID_;
     std::uint32_t locationID_;
     KeptNode& kept_;
+    SilentCameras& silent_;
 };
 
 }  // namespace
@@ -130,7 +148,7 @@ std::vector<std::shared_ptr<UsbDevice>> LinuxUsb::devices() {
         return {};
     for (const UdevDevicePtr& device : udevDevices(context.get(), "usb", nullptr))
         if (isUsb(device.get(), "usb_device"))
-            found.push_back(std::make_shared<LinuxUsbDevice>(device.get(), kept_));
+            found.push_back(std::make_shared<LinuxUsbDevice>(device.get(), kept_, silent_));
     // Of several with the same ids the first is taken, which must be the one whose picture is.
     std::ranges::stable_sort(found, {}, [this](const auto& device) {
         return capture_.placeInList(device->attachment());
