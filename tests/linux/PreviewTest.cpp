@@ -70,10 +70,12 @@ struct Preview : testing::Test {
 
     /// A preview of these elements.
     std::unique_ptr<VideoSource> preview(const std::string& description) {
-        return makePreview({[=] { return elements(description); }, isThere}, closing);
+        const auto hold = [](VideoNode& held) {
+            held.open("/dev/video10");
+            return std::string(checkUnused(held) == 0 ? "" : "It is in use.");
+        };
+        return makePreview({[=] { return elements(description); }, hold}, closing);
     }
-
-    static std::string isThere(VideoNode& /*held*/) { return ""; }
 
     const std::shared_ptr<ClosingPreviews> closing = std::make_shared<ClosingPreviews>();
     const std::string endless = "videotestsrc ! capsfilter caps=video/x-raw,width=160,height=120";
@@ -136,7 +138,8 @@ TEST_F(Preview, StopsAtOnceAndForGoodAndWaitsForNoOtherCameraThatHangs) {
     };
     Recorder recorder, other;
     const auto elsewhere = preview(endless);
-    const auto source = makePreview({makeElement, isThere, "a camera"}, closing);
+    const auto source =
+        makePreview({makeElement, [](VideoNode&) { return ""; }, "a camera"}, closing);
     source->start({640, 480}, recorder);
     hanging.acquire();
     // Those that follow take their turn behind it, but for those that are given up as well.

@@ -13,10 +13,9 @@ int openListed(const NodeFacts& listed, VideoNode& node) {
         return ENODEV;
     const int status = node.open(listed.devnode, udev_device_get_devnum(device.get()));
     // Looked at last: from here on the kernel gives the node's number to nothing else.
-    if (status != 0 || !listed.usb || udevDevice(context.get(), listed.usb->attachment))
+    if (status != 0 || !listed.usb)
         return status;
-    node.close();
-    return ENODEV;
+    return udevDevice(context.get(), listed.usb->attachment) ? 0 : ENODEV;
 }
 
 }  // namespace platform

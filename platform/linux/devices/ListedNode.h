@@ -5,8 +5,9 @@
 
 namespace platform {
 
-/// Opens the node that was listed in `node`: 0, or an errno value. ENODEV also when another device
-/// has come to its place; while `node` is open, none can. On any thread.
+/// Opens the node that was listed in `node`: 0, or an errno value, with which `node` is of no use.
+/// ENODEV also when another device has come to its place; while `node` is open, none can. On any
+/// thread.
 int openListed(const NodeFacts& listed, VideoNode& node);
 
 }  // namespace platform
