@@ -81,7 +81,7 @@ struct Preview : testing::Test {
     const std::string endless = "videotestsrc ! capsfilter caps=video/x-raw,width=160,height=120";
 };
 
-TEST_F(Preview, TakesAModeAsLargeAsTheLimitsThenSmoothThenEasyToDecode) {
+TEST_F(Preview, TakesASmoothModeThenOneAsLargeAsTheLimitsThenOneEasyToDecode) {
     checkRows("modes.txt", [](const Lines& modes) {
         const GstCapsPtr caps(gst_caps_from_string(joined(modes, ";").c_str()));
         const PreviewMode mode = choosePreviewMode(caps.get(), {640, 480});

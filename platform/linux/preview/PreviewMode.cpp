@@ -25,10 +25,10 @@ constexpr StreamKind kinds[] = {
 
 /// How well a mode suits. The first field in which two modes differ decides between them.
 struct Merit {
-    bool within = false;
-    bool usable = false;
-    std::int64_t area = 0;  // negative for a mode beyond the limits, of which the smallest is best
     bool smooth = false;
+    bool usable = false;
+    bool within = false;
+    std::int64_t area = 0;  // negative for a mode beyond the limits, of which the smallest is best
     std::ptrdiff_t ease = 0;
     double rate = 0;
 
@@ -79,10 +79,10 @@ std::optional<Merit> meritOf(const GstStructure* structure, const StreamKind& ki
     const double rate = seconds == 0 ? 0.0 : static_cast<double>(pictures) / seconds;
     const bool within = width <= limits.width && height <= limits.height;
     const std::int64_t area = std::int64_t{width} * height;
-    return Merit{within,
+    return Merit{rate >= smoothRate,
                  rate >= usableRate,
+                 within,
                  within ? area : -area,
-                 rate >= smoothRate,
                  std::begin(kinds) - &kind,
                  rate};
 }

@@ -20,8 +20,9 @@ struct PreviewMode {
     const StreamKind* kind = nullptr;  ///< how its pictures come
 };
 
-/// Chooses from what a camera offers: the largest mode within `limits`, otherwise the smallest of
-/// all. Among equals one with a smooth rate wins, then the one with the least work to decode.
+/// Chooses from what a camera offers, of the modes in which motion is smooth if there are any: the
+/// largest one within `limits`, otherwise the smallest of all, and among equals the one with the
+/// least work to decode.
 PreviewMode choosePreviewMode(const GstCaps* offered, const VideoLimits& limits);
 
 }  // namespace platform
