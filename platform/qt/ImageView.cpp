@@ -57,6 +57,11 @@ QColor colorOf(const CGColor& color) {
                             static_cast<float>(color.blue));
 }
 
+/// Black or white, whichever stands out more: from this grey on (a luminance of 0.18) it is black.
+QColor textColorOn(const QColor& color) {
+    return qGray(color.rgb()) >= 118 ? Qt::black : Qt::white;
+}
+
 void fill(QPainter& painter, const QRegion& region, const QColor& color) {
     for (const QRect& part : region)
         painter.fillRect(part, color);
@@ -103,11 +108,11 @@ void ImageView::setLayer(const std::shared_ptr<CALayer>& layer) {
     if (layer_)
         layer_->setDisplayHandler({});
     layer_ = layer;
-    hint_->setVisible(!layer_);
     if (layer_) {
         layer_->setDisplayHandler([this](const CALayer& changed) { showChange(changed); });
         fitLayer();
     }
+    findPicture();
     update();
 }
 
@@ -125,9 +130,21 @@ void ImageView::resizeEvent(QResizeEvent* event) {
 }
 
 void ImageView::showChange(const CALayer& changed) {
-    const QRect before = std::exchange(picture_, pictureIn(*layer_, QPoint()));
+    const QRect before = picture_;
+    findPicture();
     // Around a picture in the place of the one before it nothing has changed.
     update(changed.contents() && picture_ == before ? picture_ : rect());
+}
+
+void ImageView::findPicture() {
+    picture_ = layer_ ? pictureIn(*layer_, QPoint()) : QRect();
+    hint_->setVisible(picture_.isEmpty());
+    if (!picture_.isEmpty())
+        return;
+    QPalette colors;  // of which only what is set here differs from the view's
+    if (layer_ && layer_->backgroundColor())
+        colors.setColor(QPalette::WindowText, textColorOn(colorOf(*layer_->backgroundColor())));
+    hint_->setPalette(colors);
 }
 
 void ImageView::fitLayer() {

@@ -8,7 +8,7 @@ class CALayer;
 
 namespace platform {
 
-/// A widget that shows a layer and the layers on it; until it has one, a hint what to do.
+/// A widget that shows a layer and the layers on it; until these have a picture, a hint what to do.
 class ImageView : public QWidget {
   public:
     explicit ImageView(QWidget* parent = nullptr);
@@ -29,9 +29,10 @@ class ImageView : public QWidget {
   private:
     void fitLayer();
     void showChange(const CALayer& changed);
+    void findPicture();
 
     std::shared_ptr<CALayer> layer_;
-    QRect picture_;  // where the latest picture is
+    QRect picture_;  // where the latest picture is; empty before the first
     QLabel* hint_;
 };
 

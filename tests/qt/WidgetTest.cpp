@@ -115,6 +115,8 @@ struct RedLayer : CALayer {
     std::uint32_t colour = 0xFFFF0000;
     mutable const void* written = nullptr;
     std::shared_ptr<const platform::VideoFrame> contents() const override {
+        if (width == 0)
+            return nullptr;
         return std::make_shared<platform::VideoFrame>(platform::VideoFrame{
             width, height, [this](std::byte* pixels, int bytesPerLine) {
                 written = pixels;
@@ -126,13 +128,21 @@ struct RedLayer : CALayer {
 
 TEST(WidgetTest, PreviewShowsThePictureAsItIsAndItsLayerOutlivesIt) {
     const auto layer = std::make_shared<RedLayer>();
-    layer->setBackgroundColor({0, 1, 0, 1});
+    layer->setBackgroundColor({0.9, 0.9, 0.9, 1});
     {
         WindowFixture fixture;
         auto& widget = *fixture.find<QWidget>("m_previewWnd");
-        EXPECT_TRUE(widget.findChild<QLabel*>()->isVisible());
+        const auto& hint = *widget.findChild<QLabel*>();
+        layer->width = 0;
         fixture.controller().m_previewWnd.setLayer(layer);
-        EXPECT_FALSE(widget.findChild<QLabel*>()->isVisible());
+        EXPECT_TRUE(hint.isVisible());
+        EXPECT_EQ(hint.palette().color(QPalette::WindowText), Qt::black);
+        layer->setBackgroundColor({0.4, 0.4, 0.4, 1});
+        EXPECT_EQ(hint.palette().color(QPalette::WindowText), Qt::white);
+        layer->setBackgroundColor({0, 1, 0, 1});
+        layer->width = 4;
+        layer->setNeedsDisplay();
+        EXPECT_FALSE(hint.isVisible());
         const QImage shown = widget.grab().toImage();
         const int middle = widget.height() / 2;
         const int half = widget.width() / 4;  // of the picture's height
