@@ -32,14 +32,17 @@ struct Recorder : VideoSink {
         frames.push_back(std::move(frame));
         shown.release();
     }
-    void noted(std::string remark) override { said.push_back(std::move(remark)); }
+    void noted(std::string remark) override {
+        said.push_back(std::move(remark));
+        remarked.release();
+    }
     void failed(std::string reason) override {
         said.push_back(reason.substr(0, reason.find(':')));
         ended.release();
     }
     std::vector<VideoFrame> frames;
     Lines said;
-    std::counting_semaphore<> shown{0}, ended{0};
+    std::counting_semaphore<> shown{0}, remarked{0}, ended{0};
 };
 
 /// Marks a picture as corrupted, as the kernel does.
@@ -75,6 +78,15 @@ struct Preview : testing::Test {
             return std::string(checkUnused(held) == 0 ? "" : "It is in use.");
         };
         return makePreview({[=] { return elements(description); }, hold}, closing);
+    }
+
+    /// What is said of the pictures of these elements when each is missed after so long.
+    Lines saidOf(GstElement* elements, std::chrono::milliseconds patience, Recorder& recorder) {
+        const auto source =
+            makePreview({[=] { return elements; }, [] { return ""; }, "", patience}, closing);
+        source->start({640, 480}, recorder);
+        recorder.ended.acquire();
+        return recorder.said;
     }
 
     const std::shared_ptr<ClosingPreviews> closing = std::make_shared<ClosingPreviews>();
@@ -124,6 +136,31 @@ TEST_F(Preview, ShowsPicturesThatFitAndSaysOnceWhyItEnded) {
         shown.insert(shown.end(), recorder.said.begin(), recorder.said.end());
         return shown;
     });
+}
+
+TEST_F(Preview, SaysOnceThatNoPictureComesAndOnceThatTheyComeNow) {
+    const std::string none = "No picture comes from the camera.";
+    const std::string come = "Pictures come from the camera now.";
+    const std::string end = "The camera sends no more pictures.";
+    Recorder pausing, slow;
+    GstElement* camera = elements(
+        "videotestsrc num-buffers=8 ! video/x-raw,format=I420,width=16 "
+        "! identity name=pausing signal-handoffs=true");
+    const auto pause = +[](GstElement* /*element*/, GstBuffer* picture, Recorder* recorder) {
+        const auto number = GST_BUFFER_OFFSET(picture);
+        // Until it is missed; the second time that comes after the remark that they come.
+        for (auto remarks = number % 4 == 0 ? number / 4 + 1 : 0; remarks > 0; --remarks)
+            recorder->remarked.acquire();
+    };
+    const GstElementPtr halt(gst_bin_get_by_name(GST_BIN(camera), "pausing"));
+    g_signal_connect(halt.get(), "handoff", G_CALLBACK(pause), &pausing);
+    EXPECT_THAT(saidOf(camera, std::chrono::milliseconds(300), pausing),
+                testing::ElementsAre(none, come, none, come, end));
+    camera = elements(
+        "videotestsrc num-buffers=3 ! video/x-raw,format=I420,width=16 "
+        "! identity sleep-time=40000");
+    EXPECT_THAT(saidOf(camera, std::chrono::milliseconds(20), slow),
+                testing::ElementsAre(none, end));
 }
 
 TEST_F(Preview, StopsAtOnceAndForGoodAndWaitsForNoOtherCameraThatHangs) {

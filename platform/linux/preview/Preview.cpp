@@ -18,12 +18,14 @@ class Run {
         std::shared_ptr<ClosingPreviews> closing)
         : origin_(std::move(origin)),
           limits_(limits),
-          link_(sink),
+          link_(sink, origin_.patience),
           closing_(std::move(closing)),
           hold_(origin_.camera) {}
 
     void perform() {
+        std::thread watch([this] { link_.watch(); });
         show();
+        watch.join();
         closing_->ended(hold_);
     }
 

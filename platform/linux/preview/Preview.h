@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,6 +27,9 @@ struct PreviewOrigin {
 
     /// Names the camera: a preview of one that a stopped preview still holds waits for it.
     std::string camera = {};
+
+    /// How long no picture may come before that is told.
+    std::chrono::milliseconds patience = std::chrono::seconds(5);
 };
 
 /// Makes a preview of `origin`. Everything that may wait for the camera is done on its own thread,

@@ -11,8 +11,17 @@ void PreviewLink::cut() {
 
 void PreviewLink::deliver(VideoFrame frame) {
     const std::lock_guard lock(mutex_);
-    if (!isCut())
-        sink_.frame(std::move(frame));
+    if (isCut())
+        return;
+    const auto before = std::exchange(latest_, Clock::now());
+    // The first one after a pause may be the only one: a camera that is merely very slow is told of
+    // once, and not with each picture.
+    if (isMissed_ && latest_ - before < patience_) {
+        isMissed_ = false;
+        changed_.notify_all();
+        sink_.noted("Pictures come from the camera now.");
+    }
+    sink_.frame(std::move(frame));
 }
 
 void PreviewLink::leaveOut() {
@@ -38,8 +47,24 @@ void PreviewLink::wait() {
     changed_.wait(lock, untilCut(), [this] { return !failure_.empty(); });
 }
 
+void PreviewLink::watch() {
+    std::unique_lock lock(mutex_);
+    while (!hasEnded_ && !isCut()) {
+        const bool isDue = Clock::now() - latest_ >= patience_;
+        if (isDue && !std::exchange(isMissed_, true))
+            sink_.noted("No picture comes from the camera.");
+        if (isMissed_)
+            changed_.wait(lock, untilCut(), [this] { return hasEnded_ || !isMissed_; });
+        else
+            changed_.wait_until(lock, untilCut(), latest_ + patience_,
+                                [this] { return hasEnded_; });
+    }
+}
+
 void PreviewLink::report(std::string reason) {
     const std::lock_guard lock(mutex_);
+    hasEnded_ = true;
+    changed_.notify_all();
     if (!isCut())
         sink_.failed(std::move(reason));
 }
