@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <QByteArray>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include "platform/linux/devices/KeptNode.h"
 #include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/preview/ClosingPreviews.h"
+#include "platform/linux/preview/H264Size.h"
 #include "platform/linux/preview/Preview.h"
 #include "platform/linux/preview/PreviewMode.h"
 #include "tests/linux/FakeMachine.h"
@@ -45,9 +47,10 @@ struct Recorder : VideoSink {
     std::counting_semaphore<> shown{0}, remarked{0}, ended{0};
 };
 
-/// Marks a picture as corrupted, as the kernel does.
+/// Marks a picture as corrupted, and tells its time, as the kernel does.
 void mark(GstElement* /*element*/, GstBuffer* picture, gpointer /*unused*/) {
     GST_BUFFER_FLAG_SET(picture, GST_BUFFER_FLAG_CORRUPTED);
+    GST_BUFFER_PTS(picture) = gst_util_get_timestamp();
 }
 
 /// The elements that `description` names, with one pad; null for none. One of these can be called
@@ -102,6 +105,15 @@ TEST_F(Preview, TakesASmoothModeThenOneAsLargeAsTheLimitsThenOneEasyToDecode) {
         const g_autofree char* chosen = gst_caps_to_string(mode.caps.get());
         EXPECT_THAT(chosen, testing::StartsWith(mode.kind->mediaType));
         return Lines{chosen};
+    });
+}
+
+TEST(H264Test, StatesItsSizeInParametersOfEveryForm) {
+    checkRows("sizes.txt", [](const Lines& digits) {
+        const QByteArray bytes = QByteArray::fromHex(joined(digits, "").c_str());
+        const std::vector<std::uint8_t> stream(bytes.begin(), bytes.end());
+        const auto size = statedH264Size(stream);
+        return Lines{size ? fmt::format("{}x{}", size->width, size->height) : "none"};
     });
 }
 

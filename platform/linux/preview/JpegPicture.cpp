@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <csetjmp>
 #include <memory>
-#include <span>
 #include <utility>
 
 namespace platform {
@@ -41,10 +40,17 @@ class Decoder {
     bool open(std::span<const std::uint8_t> image, const VideoLimits& limits) {
         if (setjmp(errors_.toCaller) != 0)
             return false;
-        jpeg_create_decompress(&info_);
-        jpeg_mem_src(&info_, image.data(), image.size());
-        jpeg_read_header(&info_, TRUE);
+        readHeader(image);
         return jpeg_has_multiple_scans(&info_) == 0 && fitInto(limits);
+    }
+
+    /// The size that the image states, if it is one; instead of `open`.
+    std::optional<VideoLimits> statedSize(std::span<const std::uint8_t> image) {
+        if (setjmp(errors_.toCaller) != 0)
+            return std::nullopt;
+        readHeader(image);
+        return VideoLimits{static_cast<int>(info_.image_width),
+                           static_cast<int>(info_.image_height)};
     }
 
     int width() const { return static_cast<int>(info_.output_width); }
@@ -61,6 +67,12 @@ class Decoder {
     }
 
   private:
+    void readHeader(std::span<const std::uint8_t> image) {
+        jpeg_create_decompress(&info_);
+        jpeg_mem_src(&info_, image.data(), image.size());
+        jpeg_read_header(&info_, TRUE);
+    }
+
     /// Chooses the largest scale, in eighths, at which the picture is within the limits.
     bool fitInto(const VideoLimits& limits) {
         info_.scale_denom = 8;
@@ -110,6 +122,10 @@ VideoFrame makeJpegPicture(std::vector<std::uint8_t> image, const VideoLimits& a
                 if (again.open(*kept, announced))
                     again.write(pixels, bytesPerLine);
             }};
+}
+
+std::optional<VideoLimits> statedJpegSize(std::span<const std::uint8_t> image) {
+    return Decoder().statedSize(image);
 }
 
 }  // namespace platform

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <vector>
 
 #include "platform/backend/CaptureBackend.h"
@@ -13,5 +15,8 @@ namespace platform {
 /// in several scans: those that cameras send have one (UVC 1.1, Motion-JPEG Payload), and a crafted
 /// one could keep its painter busy for minutes.
 VideoFrame makeJpegPicture(std::vector<std::uint8_t> image, const VideoLimits& announced);
+
+/// The size in pixels that a JPEG image states; nothing for what is no image.
+std::optional<VideoLimits> statedJpegSize(std::span<const std::uint8_t> image);
 
 }  // namespace platform

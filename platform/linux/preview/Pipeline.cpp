@@ -14,32 +14,8 @@
 namespace platform {
 namespace {
 
-bool isDamaged(const GstBuffer* buffer) {
-    return GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED);
-}
-
-/// Drops a picture that the source marks as damaged: not every decoder passes the mark on.
-GstPadProbeReturn dropDamaged(GstPad* /*pad*/, GstPadProbeInfo* info, gpointer link) {
-    if (!isDamaged(GST_PAD_PROBE_INFO_BUFFER(info)))
-        return GST_PAD_PROBE_OK;
-    static_cast<PreviewLink*>(link)->leaveOut();
-    return GST_PAD_PROBE_DROP;
-}
-
-/// Delivers the picture that waits in the sink, unless a decoder marks it as damaged.
-GstFlowReturn takeSample(GstAppSink* from, gpointer target) {
-    auto& link = *static_cast<PreviewLink*>(target);
-    GstSamplePtr sample(gst_app_sink_pull_sample(from));
-    const GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
-    if (buffer == nullptr)
-        return GST_FLOW_OK;
-    VideoFrame picture;
-    if (!isDamaged(buffer))
-        picture = makePicture(std::move(sample));
-    if (picture.write)
-        link.deliver(std::move(picture));
-    else
-        link.leaveOut();
+GstFlowReturn takeSample(GstAppSink* from, gpointer guard) {
+    static_cast<PictureGuard*>(guard)->take(GstSamplePtr(gst_app_sink_pull_sample(from)));
     return GST_FLOW_OK;
 }
 
@@ -81,7 +57,8 @@ void releaseForgotten(GstBufferPool* pool) {
 
 }  // namespace
 
-Pipeline::Pipeline(PreviewLink& link) : link_(link), pipeline_(gst_pipeline_new(nullptr)) {
+Pipeline::Pipeline(PreviewLink& link)
+    : link_(link), guard_(link), pipeline_(gst_pipeline_new(nullptr)) {
     const GstBusPtr bus(gst_element_get_bus(pipeline_.get()));
     gst_bus_set_sync_handler(bus.get(), takeMessage, &link, nullptr);
 }
@@ -104,8 +81,7 @@ void Pipeline::start(GstElement* source, const VideoLimits& limits) {
         link_.fail("The camera has no picture format that can be shown.");
         return;
     }
-    if (mode.kind->picturesStandAlone)
-        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, dropDamaged, &link_, nullptr);
+    guard_.watch(pad.get(), mode);
     if (!link_.isCut() && appendFilter(mode.caps.get()) && appendDecoding(mode, limits) &&
         appendSink(limits))
         enter(GST_STATE_PLAYING);
@@ -184,7 +160,7 @@ bool Pipeline::appendSink(const VideoLimits& limits) {
                  "enable-last-sample", FALSE, nullptr);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = takeSample;
-    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &link_, nullptr);
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &guard_, nullptr);
     return true;
 }
 

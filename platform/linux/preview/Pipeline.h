@@ -2,11 +2,10 @@
 
 #include "platform/backend/CaptureBackend.h"
 #include "platform/linux/preview/GStreamer.h"
+#include "platform/linux/preview/PictureGuard.h"
 
 namespace platform {
 
-class PreviewLink;
-struct PreviewMode;
 struct StreamKind;
 
 /// The elements of one preview, which hand its pictures to a link; taken down with the object,
@@ -35,6 +34,7 @@ class Pipeline {
     bool enter(GstState state);
 
     PreviewLink& link_;
+    PictureGuard guard_;
     GstElementPtr pipeline_;
     GstElement* source_ = nullptr;  // owned by the pipeline, as is the next
     GstElement* last_ = nullptr;    // the end of what is linked

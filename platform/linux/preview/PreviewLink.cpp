@@ -1,5 +1,7 @@
 #include "platform/linux/preview/PreviewLink.h"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 namespace platform {
@@ -24,10 +26,10 @@ void PreviewLink::deliver(VideoFrame frame) {
     sink_.frame(std::move(frame));
 }
 
-void PreviewLink::leaveOut() {
+void PreviewLink::leaveOut(const std::string& kind) {
     const std::lock_guard lock(mutex_);
-    if (!std::exchange(hasLeftOut_, true) && !isCut())
-        sink_.noted("The camera has sent a damaged picture; such pictures are left out.");
+    if (leftOut_.insert(kind).second && !isCut())
+        sink_.noted(fmt::format("The camera has sent {}; such pictures are left out.", kind));
 }
 
 void PreviewLink::fail(std::string reason) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <set>
 #include <stop_token>
 #include <string>
 
@@ -25,8 +26,9 @@ class PreviewLink {
 
     void deliver(VideoFrame frame);
 
-    /// Tells the sink that a damaged picture is left out, for the first one.
-    void leaveOut();
+    /// Tells the sink that a picture of this kind is left out, for the first one.
+    void leaveOut(const std::string& kind);
+    static constexpr const char* damaged = "a damaged picture";
 
     /// Keeps the first failure: those that follow are its consequences.
     void fail(std::string reason);
@@ -53,7 +55,7 @@ class PreviewLink {
     Clock::time_point latest_ = Clock::now();  // when a picture came, at first when one was wanted
     bool isMissed_ = false;                    // the sink has been told that none comes
     bool hasEnded_ = false;
-    bool hasLeftOut_ = false;
+    std::set<std::string> leftOut_;
     std::string failure_;
 };
 

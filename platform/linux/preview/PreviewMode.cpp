@@ -9,6 +9,9 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/preview/H264Size.h"
+#include "platform/linux/preview/JpegPicture.h"
+
 namespace platform {
 namespace {
 
@@ -19,8 +22,8 @@ constexpr int usableRate = 10;
 // The kinds that take the least work to decode come first.
 constexpr StreamKind kinds[] = {
     {"video/x-raw", {}, true},
-    {"image/jpeg", {"jpegdec", "avdec_mjpeg"}, true},
-    {"video/x-h264", {"avdec_h264", "openh264dec"}, false},
+    {"image/jpeg", {"jpegdec", "avdec_mjpeg"}, true, statedJpegSize},
+    {"video/x-h264", {"avdec_h264", "openh264dec"}, false, statedH264Size},
 };
 
 /// How well a mode suits. The first field in which two modes differ decides between them.
@@ -79,12 +82,8 @@ std::optional<Merit> meritOf(const GstStructure* structure, const StreamKind& ki
     const double rate = seconds == 0 ? 0.0 : static_cast<double>(pictures) / seconds;
     const bool within = width <= limits.width && height <= limits.height;
     const std::int64_t area = std::int64_t{width} * height;
-    return Merit{rate >= smoothRate,
-                 rate >= usableRate,
-                 within,
-                 within ? area : -area,
-                 std::begin(kinds) - &kind,
-                 rate};
+    return Merit{rate >= smoothRate,    rate >= usableRate,        within,
+                 within ? area : -area, std::begin(kinds) - &kind, rate};
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
 
 #include "platform/backend/CaptureBackend.h"
 #include "platform/linux/preview/GStreamer.h"
@@ -9,9 +12,12 @@ namespace platform {
 
 /// A form in which cameras send pictures, and what makes plain pictures of it.
 struct StreamKind {
+    using SizeReader = std::optional<VideoLimits> (*)(std::span<const std::uint8_t>);
+
     const char* mediaType = nullptr;
     std::array<const char*, 2> decoders{};  ///< GStreamer elements, best first; null: none needed
     bool picturesStandAlone = true;         ///< whether others can be decoded without it
+    SizeReader statedSize = nullptr;        ///< reads a picture's own size; null: it states none
 };
 
 /// A camera mode for a preview.
