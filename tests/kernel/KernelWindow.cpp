@@ -37,9 +37,10 @@ KernelWindow::~KernelWindow() {
     platform::installBackends({});
 }
 
-std::unique_ptr<UsbipCamera> KernelWindow::plug(virtualcam::CameraModel model, unsigned port) {
+std::unique_ptr<UsbipCamera> KernelWindow::plug(virtualcam::CameraModel model, unsigned port,
+                                                std::string format) {
     const int before = list("m_cbxDevice").count();
-    auto plugged = std::make_unique<UsbipCamera>(std::move(model), port);
+    auto plugged = std::make_unique<UsbipCamera>(std::move(model), port, std::move(format));
     EXPECT_TRUE(waitForCameras(before + 1));
     plugged->camera().clearRequests();
     return plugged;

@@ -20,7 +20,8 @@ class KernelWindow : public LiveWindow {
     ~KernelWindow() override;
 
     /// Plugs in and waits until the window lists it. Destroying what is returned pulls it out.
-    std::unique_ptr<UsbipCamera> plug(virtualcam::CameraModel model, unsigned port);
+    std::unique_ptr<UsbipCamera> plug(virtualcam::CameraModel model, unsigned port,
+                                      std::string format = "YUY2");
     /// Waits until the window lists so many.
     bool waitForCameras(int count) {
         return waitUntil([&] { return list("m_cbxDevice").count() == count; });

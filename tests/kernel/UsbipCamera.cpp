@@ -20,27 +20,25 @@ namespace {
 constexpr std::uint32_t submit = 1;  // commands; an answer's is two higher
 constexpr std::uint32_t unlinking = 2;
 
-// The pictures that answers.txt tells of, and the milliseconds between them: the machines that run
-// this are emulated, and slow.
-constexpr unsigned width = 320;
-constexpr unsigned pixels = width * 240;
+// The milliseconds between pictures: the machines that run this are emulated, and slow.
 constexpr int picturePause = 100;
 
-/// What answers.txt has under this name; empty for none.
-std::vector<std::uint8_t> answerOf(const virtualcam::CameraModel& model, const std::string& name) {
-    const bool hasLens = model.controls.size() == virtualcam::studioControls().size();
-    const std::string letters = fmt::format("{:02x}00", fmt::join(model.name, "00"));  // of ASCII
+/// The pictures of the formats that have a clip, one after the other and over again. H.264 starts
+/// behind the one that begins its group.
+const std::map<std::string, std::vector<std::string>> clips{
+    {"MJPEG", {"unreadable.jpg", "1.jpg", "2.jpg", "3.jpg"}},
+    {"H264", {"0.h264", "1.h264", "2.h264"}},
+};
+
+/// The digits that answers.txt has under this name; empty for none.
+std::string digitsOf(const std::string& name) {
     std::string digits;
     std::ifstream file(QUELVO_ANSWERS);
     for (std::string line; std::getline(file, line);)
         if (line.starts_with(name + ' '))
             digits += line.substr(0, line.find('#')).substr(name.size());
-    digits = fmt::format(fmt::runtime(digits), fmt::arg("vendor", htobe16(model.vendorID)),
-                         fmt::arg("product", htobe16(model.productID)),
-                         fmt::arg("lens", hasLens ? "2a0a02" : "0a0000"),
-                         fmt::arg("nameLength", 2 + letters.size() / 2), fmt::arg("name", letters));
-    const QByteArray bytes = QByteArray::fromHex(digits.c_str());
-    return {bytes.begin(), bytes.end()};
+    std::erase(digits, ' ');
+    return digits;
 }
 
 /// What stands before every message of the protocol: words in network order, then the packet that
@@ -53,7 +51,8 @@ static_assert(sizeof(Header) == 48);
 
 }  // namespace
 
-UsbipCamera::UsbipCamera(virtualcam::CameraModel model, unsigned port) : camera_(std::move(model)) {
+UsbipCamera::UsbipCamera(virtualcam::CameraModel model, unsigned port, std::string format)
+    : camera_(std::move(model)), format_(std::move(format)) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         throw std::runtime_error("no pair of sockets");
@@ -77,7 +76,7 @@ UsbipCamera::~UsbipCamera() {
 void UsbipCamera::serve() {
     for (bool connected = true; connected;) {
         pollfd message{socket_, POLLIN, 0};
-        const int pause = sent_ % pixels == 0 ? picturePause : 0;
+        const int pause = sent_ == picture_.size() ? picturePause : 0;
         if (poll(&message, 1, reads_.empty() ? -1 : pause) != 0) {
             connected = receive();
         } else {
@@ -131,29 +130,73 @@ IOReturn UsbipCamera::control(const usb_ctrlrequest& setup, Bytes& data) {
         return status;
     }
     if (toClass && in)
-        data = answerOf(camera_.model(), "stream");
+        data = answerOf("stream");
     else if (toClass && value >> 8 == UVC_VS_COMMIT_CONTROL)
-        sent_ = 0;  // a stream starts with a whole picture
+        sent_ = pictures_ = 0, picture_.clear();  // a stream starts with a whole picture
     else if (in && setup.bRequest == USB_REQ_GET_DESCRIPTOR)
-        data = answerOf(camera_.model(), fmt::format("{:04x}", value));
+        data = answerOf(fmt::format("{:04x}", value));
     data.resize(std::min<std::size_t>(data.size(), length));
     return data.empty() && length != 0 ? EPIPE : 0;
 }
 
-/// The next `room` bytes of the bulk endpoint, fewer at a picture's end: a header, whose lowest bit
-/// tells each picture from the next, and a piece of a grey ramp from dark to bright, which turns
-/// round with the horizontal flip. The camera's own scene takes an emulated machine too long.
+/// What answers.txt has under this name for this camera; empty for none.
+UsbipCamera::Bytes UsbipCamera::answerOf(const std::string& name) const {
+    const virtualcam::CameraModel& model = camera_.model();
+    const bool hasLens = model.controls.size() == virtualcam::studioControls().size();
+    const std::string letters = fmt::format("{:02x}00", fmt::join(model.name, "00"));  // of ASCII
+    const std::string format = digitsOf(format_);
+    const auto lengthWith = [&](std::size_t others) {
+        return htobe16(static_cast<std::uint16_t>(others + format.size() / 2));
+    };
+    const std::string digits = fmt::format(
+        fmt::runtime(digitsOf(name)), fmt::arg("vendor", htobe16(model.vendorID)),
+        fmt::arg("product", htobe16(model.productID)),
+        fmt::arg("lens", hasLens ? "2a0a02" : "0a0000"), fmt::arg("format", format),
+        fmt::arg("configurationLength", lengthWith(143)), fmt::arg("streamLength", lengthWith(20)),
+        fmt::arg("nameLength", 2 + letters.size() / 2), fmt::arg("name", letters));
+    const QByteArray bytes = QByteArray::fromHex(digits.c_str());
+    return {bytes.begin(), bytes.end()};
+}
+
+/// The next `room` bytes of the bulk endpoint, fewer at a picture's end: a header, whose lowest
+/// bits tell each picture from the next and mark its end, and a piece of the picture.
 UsbipCamera::Bytes UsbipCamera::payload(std::size_t room) {
-    if (sent_ % pixels == 0)
-        flipped_ = camera_.nextPicture().flipHorizontal != 0;
-    Bytes data{2, static_cast<std::uint8_t>(UVC_STREAM_EOH | sent_ / pixels % 2)};
-    do {
-        const unsigned column = sent_ % width;
-        const unsigned along = flipped_ ? width - 1 - column : column;
-        data.push_back(static_cast<std::uint8_t>(20 + along * 180 / width));
-        data.push_back(128);
-    } while (++sent_ % pixels != 0 && data.size() < room);
+    if (sent_ == picture_.size()) {
+        picture_ = nextPicture();
+        sent_ = 0;
+    }
+    Bytes data(2 + std::min(room - 2, picture_.size() - sent_));
+    std::copy_n(picture_.begin() + static_cast<std::ptrdiff_t>(sent_), data.size() - 2,
+                data.begin() + 2);
+    sent_ += data.size() - 2;
+    data[0] = 2;
+    data[1] = static_cast<std::uint8_t>(UVC_STREAM_EOH | pictures_ % 2 |
+                                        (sent_ == picture_.size() ? UVC_STREAM_EOF : 0));
     return data;
+}
+
+UsbipCamera::Bytes UsbipCamera::nextPicture() {
+    const auto clip = clips.find(format_);
+    const unsigned number = pictures_++;
+    if (clip == clips.end())
+        return ramp();
+    std::ifstream file(QUELVO_PICTURES "/" + clip->second[number % clip->second.size()]);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A grey ramp from dark to bright in YUY2, which turns round with the horizontal flip. The
+/// camera's own scene takes an emulated machine too long.
+UsbipCamera::Bytes UsbipCamera::ramp() {
+    constexpr unsigned width = 320;
+    const bool flipped = camera_.nextPicture().flipHorizontal != 0;
+    Bytes picture;
+    for (unsigned sample = 0; sample < width * 240; ++sample) {
+        const unsigned column = sample % width;
+        const unsigned along = flipped ? width - 1 - column : column;
+        picture.push_back(static_cast<std::uint8_t>(20 + along * 180 / width));
+        picture.push_back(128);
+    }
+    return picture;
 }
 
 bool UsbipCamera::read(void* to, std::size_t length) const {

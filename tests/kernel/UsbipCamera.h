@@ -3,6 +3,7 @@
 #include <linux/usb/ch9.h>
 
 #include <map>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -14,9 +15,10 @@
 /// USB/IP connection.
 class UsbipCamera {
   public:
-    /// Plugs the camera into high-speed port `port` of the first virtual host controller. Throws
-    /// when the port is taken or the controller is missing.
-    UsbipCamera(virtualcam::CameraModel model, unsigned port);
+    /// Plugs the camera into high-speed port `port` of the first virtual host controller. Its video
+    /// has the format that answers.txt calls `format`. Throws when the port is taken or the
+    /// controller is missing.
+    UsbipCamera(virtualcam::CameraModel model, unsigned port, std::string format);
     UsbipCamera(const UsbipCamera&) = delete;
     UsbipCamera& operator=(const UsbipCamera&) = delete;
     /// Breaks the connection: the camera is pulled out.
@@ -30,15 +32,20 @@ class UsbipCamera {
     void serve();
     bool receive();
     IOReturn control(const usb_ctrlrequest& setup, Bytes& data);
+    Bytes answerOf(const std::string& name) const;
     Bytes payload(std::size_t room);
+    Bytes nextPicture();
+    Bytes ramp();
     bool read(void* to, std::size_t length) const;
     void write(std::uint32_t command, std::uint32_t sequence, int status, std::size_t length,
                const Bytes& data) const;
 
     virtualcam::VirtualCamera camera_;
+    const std::string format_;
     int socket_ = -1;
     std::map<std::uint32_t, std::uint32_t> reads_;  // waiting on the bulk endpoint, and their room
-    unsigned sent_ = 0;                             // pixels since the stream was negotiated
-    bool flipped_ = false;                          // the picture under way is
+    unsigned pictures_ = 0;                         // since the stream was negotiated
+    Bytes picture_;                                 // the one under way
+    std::size_t sent_ = 0;                          // bytes of it
     std::thread thread_;
 };

@@ -90,6 +90,37 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     EXPECT_TRUE(waitUntil([] { return !isBrightAtTheRight(); }));
 }
 
+// Pictures that are broken come among those of a clip.
+TEST_F(Window, ShowsEveryFormatInItsColoursAndSaysWhenThereIsNoneThatItKnows) {
+    const auto colour = [] {  // what a decoder rounds off is rounded as well
+        return (pixelsOf(*g_captureSession->latestFrame()).back() + 0x040404U) & 0xFFF8F8F8U;
+    };
+    const std::pair<const char*, std::vector<std::uint32_t>> clips[] = {
+        {"MJPEG", {0xFF2060C0}}, {"H264", {0xFF2060B8, 0xFFC06020, 0xFF2060B8}}};
+    for (const auto& [format, colours] : clips) {
+        SCOPED_TRACE(format);
+        EXPECT_TRUE(waitForCameras(0));
+        const auto plugged = plug(studioCamera(), 0, format);
+        clickOpen();
+        awaitPicture();
+        for (const std::uint32_t awaited : colours)
+            EXPECT_TRUE(waitUntil([&] {
+                EXPECT_THAT(colours, testing::Contains(colour()));
+                return colour() == awaited;
+            }));
+        EXPECT_EQ(log.count("ERROR"), 0);
+        g_captureSession->stopRunning();
+    }
+    EXPECT_EQ(log.count("The camera has sent a damaged picture"), 1);
+    EXPECT_EQ(log.count("The camera has sent a picture far larger than announced"), 1);
+    EXPECT_TRUE(waitForCameras(0));
+    const auto plugged = plug(studioCamera(), 0, "BY8");
+    clickOpen();
+    EXPECT_TRUE(waitUntil([&] {
+        return log.count("ERROR: trying to open camera: The camera has no picture format") == 1;
+    }));
+}
+
 // Its driver lets go of it, it is forbidden, another program shows it, it is silent.
 TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     const auto plugged = plug(studioCamera(), 0);
