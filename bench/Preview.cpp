@@ -47,7 +47,10 @@ class PlayedDevice : public platform::CaptureDevice {
     bool hasVideo() const override { return true; }
 
     std::unique_ptr<platform::VideoSource> open(std::string& /*error*/) override {
-        const auto makeElement = [source = source_, &arrivals = arrivals_] {
+        const auto makeElement = [source = source_, &arrivals = arrivals_](std::string& failure) {
+            for (const char* plugin : {"coreelements", "shm"})
+                if (failure.empty())
+                    failure = platform::loadPlugin(plugin);
             GstElement* bin = gst_parse_bin_from_description(source.c_str(), TRUE, nullptr);
             if (bin != nullptr) {
                 const platform::GstPadPtr pad(gst_element_get_static_pad(bin, "src"));

@@ -1,6 +1,7 @@
 #include "tests/linux/FakeMachine.h"
 
 #include <fmt/format.h>
+#include <gst/gst.h>
 #include <gtest/gtest.h>
 #include <linux/usb/video.h>
 #include <linux/uvcvideo.h>
@@ -180,6 +181,16 @@ int __wrap_ioctl(int descriptor, unsigned long request, void* argument) {
 
 int __wrap_faccessat(int /*folder*/, const char* path, int /*mode*/, int /*flags*/) {
     return reach(path);
+}
+
+GstPlugin* __real_gst_plugin_load_file(const char* path, GError** error);
+
+/// The plug-ins are the real machine's, but for those of which something is said.
+GstPlugin* __wrap_gst_plugin_load_file(const char* path, GError** error) {
+    if (!fakeMachine.tree.contains(std::strrchr(path, '/')))
+        return __real_gst_plugin_load_file(path, error);
+    g_set_error_literal(error, GST_PLUGIN_ERROR, GST_PLUGIN_ERROR_MODULE, "gone");
+    return nullptr;
 }
 
 }  // extern "C"

@@ -53,11 +53,8 @@ void mark(GstElement* /*element*/, GstBuffer* picture, gpointer /*unused*/) {
     GST_BUFFER_PTS(picture) = gst_util_get_timestamp();
 }
 
-/// The elements that `description` names, with one pad; null for none. One of these can be called
-/// "marking".
+/// The elements that `description` names, with one pad. One of these can be called "marking".
 GstElement* elements(const std::string& description) {
-    if (description.empty())
-        return nullptr;
     GstElement* bin = gst_parse_bin_from_description_full(description.c_str(), TRUE, nullptr,
                                                           GST_PARSE_FLAG_PLACE_IN_BIN, nullptr);
     if (description.find("marking") != std::string::npos)
@@ -69,7 +66,13 @@ GstElement* elements(const std::string& description) {
 struct Preview : testing::Test {
     void SetUp() override {
         std::filesystem::current_path(QUELVO_LINUX_TESTS);
+        fakeMachine = FakeMachine();
         ASSERT_EQ(loadGStreamer(), "");
+        for (const char* plugin : {"coreelements", "debug", "jpeg", "multifile", "png",
+                                   "videoconvertscale", "videotestsrc"})
+            ASSERT_EQ(loadPlugin(plugin), "");
+        EXPECT_EQ(gst_registry_find_plugin(gst_registry_get(), "playback"), nullptr)
+            << "no others are loaded or looked at";
         g_log_set_always_fatal(G_LOG_LEVEL_CRITICAL);  // what GLib calls wrong is wrong
     }
     void TearDown() override { EXPECT_TRUE(closing->waitForAll(std::chrono::minutes(1))); }
@@ -80,13 +83,14 @@ struct Preview : testing::Test {
             held.open("/dev/video10");
             return std::string(checkUnused(held) == 0 ? "" : "It is in use.");
         };
-        return makePreview({[=] { return elements(description); }, hold}, closing);
+        return makePreview({[=](auto&) { return elements(description); }, hold}, closing);
     }
 
     /// What is said of the pictures of these elements when each is missed after so long.
     Lines saidOf(GstElement* elements, std::chrono::milliseconds patience, Recorder& recorder) {
-        const auto source =
-            makePreview({[=] { return elements; }, [] { return ""; }, "", patience}, closing);
+        const auto source = makePreview(
+            {[=](auto&) { return elements; }, [](VideoNode&) { return ""; }, "", patience},
+            closing);
         source->start({640, 480}, recorder);
         recorder.ended.acquire();
         return recorder.said;
@@ -178,7 +182,7 @@ TEST_F(Preview, SaysOnceThatNoPictureComesAndOnceThatTheyComeNow) {
 TEST_F(Preview, StopsAtOnceAndForGoodAndWaitsForNoOtherCameraThatHangs) {
     std::binary_semaphore hanging{0}, over{0};
     std::atomic<int> opened = 0;
-    const auto makeElement = [&]() -> GstElement* {
+    const auto makeSource = [&](auto& /*failure*/) -> GstElement* {
         if (++opened > 1)
             return elements(endless);
         hanging.release();
@@ -188,7 +192,7 @@ TEST_F(Preview, StopsAtOnceAndForGoodAndWaitsForNoOtherCameraThatHangs) {
     Recorder recorder, other;
     const auto elsewhere = preview(endless);
     const auto source =
-        makePreview({makeElement, [](VideoNode&) { return ""; }, "a camera"}, closing);
+        makePreview({makeSource, [](VideoNode&) { return ""; }, "a camera"}, closing);
     source->start({640, 480}, recorder);
     hanging.acquire();
     // Those that follow take their turn behind it, but for those that are given up as well.

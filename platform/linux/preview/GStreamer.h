@@ -25,9 +25,18 @@ using GErrorPtr = std::unique_ptr<GError, GstRelease>;
 using GstElementPtr = std::unique_ptr<GstElement, GstRelease>;
 using GstBusPtr = std::unique_ptr<GstBus, GstRelease>;
 using GstBufferPoolPtr = std::unique_ptr<GstBufferPool, GstRelease>;
+using GstPluginPtr = std::unique_ptr<GstPlugin, GstRelease>;
 using GstPadPtr = std::unique_ptr<GstPad, GstRelease>;
 
 /// Loads GStreamer once for the process: empty, or why it can't be used. From any thread.
 std::string loadGStreamer();
+
+/// Loads the one plug-in with this name, once: empty, or why it can't be used. From any thread;
+/// GStreamer is loaded by then.
+std::string loadPlugin(const std::string& name);
+
+/// Makes one of the elements that the preview is made of, with what it needs loaded. On failure
+/// returns null and says why in `failure`, in a sentence.
+GstElement* makeElement(const std::string& name, std::string& failure);
 
 }  // namespace platform

@@ -71,8 +71,9 @@ Pipeline::~Pipeline() {
 }
 
 void Pipeline::start(GstElement* source, const VideoLimits& limits) {
-    last_ = source_ = add(source, "the video source");
-    if (last_ == nullptr || !enter(GST_STATE_READY))
+    last_ = source_ = source;
+    gst_bin_add(GST_BIN(pipeline_.get()), source);
+    if (!enter(GST_STATE_READY))
         return;
     const GstPadPtr pad(gst_element_get_static_pad(last_, "src"));
     const GstCapsPtr offered(gst_pad_query_caps(pad.get(), nullptr));
@@ -87,23 +88,15 @@ void Pipeline::start(GstElement* source, const VideoLimits& limits) {
         enter(GST_STATE_PLAYING);
 }
 
-/// Adds the element, which the pipeline then owns; `name` is for the text of a failure.
-GstElement* Pipeline::add(GstElement* element, const char* name) {
+/// Appends an element, which the pipeline then owns.
+GstElement* Pipeline::append(const char* name) {
+    std::string failure;
+    GstElement* element = makeElement(name, failure);
     if (element == nullptr) {
-        link_.fail(fmt::format("GStreamer lacks {}.", name));
+        link_.fail(std::move(failure));
         return nullptr;
     }
     gst_bin_add(GST_BIN(pipeline_.get()), element);
-    return element;
-}
-
-GstElement* Pipeline::append(const char* factory) {
-    return append(gst_element_factory_make(factory, nullptr), factory);
-}
-
-GstElement* Pipeline::append(GstElement* element, const char* name) {
-    if (add(element, name) == nullptr)
-        return nullptr;
     if (!gst_element_link(last_, element)) {
         link_.fail(fmt::format("The camera's pictures don't fit {}.", name));
         return nullptr;
@@ -127,17 +120,14 @@ bool Pipeline::appendDecoding(const PreviewMode& mode, const VideoLimits& limits
 
 /// The decoder goes on after any number of broken pictures, and delays none, as threads would.
 bool Pipeline::appendDecoder(const StreamKind& kind) {
-    if (kind.decoders.front() == nullptr)
+    if (kind.decoder == nullptr)
         return true;
-    GstElement* decoder = nullptr;
-    for (const char* factory : kind.decoders)
-        if (decoder == nullptr)
-            decoder = gst_element_factory_make(factory, nullptr);
+    GstElement* decoder = append(kind.decoder);
     if (decoder != nullptr) {
         setIfPresent(decoder, "max-errors", -1);
         setIfPresent(decoder, "max-threads", 1);
     }
-    return append(decoder, fmt::format("a decoder for {}", kind.mediaType).c_str()) != nullptr;
+    return decoder != nullptr;
 }
 
 /// Without interpolating colours and without dithering, which can't be seen at this size and would

@@ -19,13 +19,11 @@ class Pipeline {
     ~Pipeline();
 
     /// Shows what `source` delivers at its one pad, in pictures within `limits`. Takes the source
-    /// over; null: GStreamer lacks it. To be called once.
+    /// over. To be called once.
     void start(GstElement* source, const VideoLimits& limits);
 
   private:
-    GstElement* add(GstElement* element, const char* name);
-    GstElement* append(const char* factory);
-    GstElement* append(GstElement* element, const char* name);
+    GstElement* append(const char* name);
     bool appendFilter(GstCaps* caps);
     bool appendDecoding(const PreviewMode& mode, const VideoLimits& limits);
     bool appendDecoder(const StreamKind& kind);

@@ -55,12 +55,14 @@ class Run {
     }
 
     void showUntilTheEnd() {
-        if (std::string failure = loadGStreamer(); !failure.empty()) {
+        std::string failure = loadGStreamer();
+        GstElement* source = failure.empty() ? origin_.makeElement(failure) : nullptr;
+        if (source == nullptr) {
             link_.fail(std::move(failure));
             return;
         }
         Pipeline pipeline(link_);
-        pipeline.start(origin_.makeElement(), limits_);
+        pipeline.start(source, limits_);
         link_.wait();
     }
 
@@ -108,8 +110,8 @@ std::unique_ptr<VideoSource> makePreview(PreviewOrigin origin,
 
 std::unique_ptr<VideoSource> openPreview(const NodeFacts& camera,
                                          std::shared_ptr<ClosingPreviews> closing) {
-    const auto makeElement = [path = camera.devnode] {
-        GstElement* source = gst_element_factory_make("v4l2src", nullptr);
+    const auto makeSource = [path = camera.devnode](std::string& failure) {
+        GstElement* source = makeElement("v4l2src", failure);
         if (source != nullptr)
             g_object_set(source, "device", path.c_str(), nullptr);
         return source;
@@ -120,7 +122,7 @@ std::unique_ptr<VideoSource> openPreview(const NodeFacts& camera,
             status = checkUnused(held);
         return status == 0 ? std::string() : openFailure(camera.devnode, status);
     };
-    return makePreview({makeElement, hold, camera.devnode}, std::move(closing));
+    return makePreview({makeSource, hold, camera.devnode}, std::move(closing));
 }
 
 }  // namespace platform

@@ -16,9 +16,9 @@ struct NodeFacts;
 
 /// Where a preview's pictures come from.
 struct PreviewOrigin {
-    /// Makes the source element, with one pad; null when GStreamer lacks it. Called on the
-    /// preview's thread.
-    std::function<GstElement*()> makeElement;
+    /// Makes the source element, with one pad. On failure returns null and says why in `failure`,
+    /// in a sentence. Called on the preview's thread.
+    std::function<GstElement*(std::string& failure)> makeElement;
 
     /// Opens the camera in `held`, or says in a sentence why it can't be used now. While it is
     /// held, no other camera takes its place. Called on the preview's thread, before there is a

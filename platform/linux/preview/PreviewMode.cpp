@@ -21,9 +21,9 @@ constexpr int usableRate = 10;
 
 // The kinds that take the least work to decode come first.
 constexpr StreamKind kinds[] = {
-    {"video/x-raw", {}, true},
-    {"image/jpeg", {"jpegdec", "avdec_mjpeg"}, true, statedJpegSize},
-    {"video/x-h264", {"avdec_h264", "openh264dec"}, false, statedH264Size},
+    {"video/x-raw", nullptr, true},
+    {"image/jpeg", "jpegdec", true, statedJpegSize},
+    {"video/x-h264", "avdec_h264", false, statedH264Size},
 };
 
 /// How well a mode suits. The first field in which two modes differ decides between them.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -15,9 +14,9 @@ struct StreamKind {
     using SizeReader = std::optional<VideoLimits> (*)(std::span<const std::uint8_t>);
 
     const char* mediaType = nullptr;
-    std::array<const char*, 2> decoders{};  ///< GStreamer elements, best first; null: none needed
-    bool picturesStandAlone = true;         ///< whether others can be decoded without it
-    SizeReader statedSize = nullptr;        ///< reads a picture's own size; null: it states none
+    const char* decoder = nullptr;    ///< a GStreamer element; null: none needed
+    bool picturesStandAlone = true;   ///< whether others can be decoded without it
+    SizeReader statedSize = nullptr;  ///< reads a picture's own size; null: it states none
 };
 
 /// A camera mode for a preview.
