@@ -46,11 +46,24 @@ GstBufferPool* poolOf(GstElement* source) {
                : nullptr;
 }
 
-/// The v4l2src of GStreamer 1.22.0, which is Debian 12's, forgets a reference to its pool at every
-/// start. The pool would keep the element, and with it the camera's node open, until the program's
-/// end. Once the pipeline is gone, nobody else but the caller has a reference.
+/// Whether this is GStreamer 1.22.0, which is Debian 12's. When its v4l2src stops, it leaves the
+/// pool of its buffers to those that still use them, and forgets its own reference to the pool
+/// (gst_v4l2_object_stop). It is the first release that takes one there; 1.26.2, which is Debian
+/// 13's, gives it back.
+bool forgetsPools() {
+    guint major = 0;
+    guint minor = 0;
+    guint micro = 0;
+    guint nano = 0;
+    gst_version(&major, &minor, &micro, &nano);
+    return major == 1 && minor == 22 && micro == 0;
+}
+
+/// The pool would keep the element, and with it the camera's node open, until the program's end.
+/// Once the pipeline is gone, nobody else but the caller has a reference.
 void releaseForgotten(GstBufferPool* pool) {
-    if (pool != nullptr && g_str_equal(G_OBJECT_TYPE_NAME(pool), "GstV4l2BufferPool") &&
+    if (pool != nullptr && forgetsPools() &&
+        g_str_equal(G_OBJECT_TYPE_NAME(pool), "GstV4l2BufferPool") &&
         !gst_buffer_pool_is_active(pool) && GST_OBJECT_REFCOUNT_VALUE(pool) == 2)
         gst_object_unref(pool);
 }
