@@ -83,7 +83,10 @@ struct Preview : testing::Test {
             held.open("/dev/video10");
             return std::string(checkUnused(held) == 0 ? "" : "It is in use.");
         };
-        return makePreview({[=](auto&) { return elements(description); }, hold}, closing);
+        // With all the patience that it takes to load a decoder into a program that is watched.
+        const auto patience = std::chrono::minutes(1);
+        return makePreview({[=](auto&) { return elements(description); }, hold, "", patience},
+                           closing);
     }
 
     /// What is said of the pictures of these elements when each is missed after so long.

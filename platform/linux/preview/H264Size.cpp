@@ -106,13 +106,16 @@ VideoLimits sizeIn(Stream parameters) {
 std::optional<VideoLimits> statedH264Size(Stream stream) {
     constexpr std::array<std::uint8_t, 3> startCode{0, 0, 1};
     constexpr std::uint8_t sequenceParameters = 7;  // table 7-1
+    const auto nextStart = [&](Stream::iterator from) {
+        return std::search(from, stream.end(), startCode.begin(), startCode.end());
+    };
     std::optional<VideoLimits> stated;
-    for (auto rest = std::ranges::search(stream, startCode); !rest.empty();) {
-        const auto unit = rest.end();
-        rest = std::ranges::search(unit, stream.end(), startCode.begin(), startCode.end());
-        if (unit == rest.begin() || (*unit & 0x1F) != sequenceParameters)
+    for (auto start = nextStart(stream.begin()); start != stream.end();) {
+        const auto unit = start + startCode.size();
+        start = nextStart(unit);
+        if (unit == start || (*unit & 0x1F) != sequenceParameters)
             continue;
-        const VideoLimits size = sizeIn({unit + 1, rest.begin()});
+        const VideoLimits size = sizeIn({unit + 1, start});
         const VideoLimits before = stated.value_or(VideoLimits{});
         stated = {std::max(size.width, before.width), std::max(size.height, before.height)};
     }
