@@ -95,17 +95,20 @@ TEST_F(Window, ShowsEveryFormatInItsColoursAndSaysWhenThereIsNoneThatItKnows) {
     const auto colour = [] {  // what a decoder rounds off is rounded as well
         return (pixelsOf(*g_captureSession->latestFrame()).back() + 0x040404U) & 0xFFF8F8F8U;
     };
-    const std::pair<const char*, std::vector<std::uint32_t>> clips[] = {
-        {"MJPEG", {0xFF2060C0}}, {"H264", {0xFF2060B8, 0xFFC06020, 0xFF2060B8}}};
-    for (const auto& [format, colours] : clips) {
-        SCOPED_TRACE(format);
+    struct Clip {
+        const char* format;
+        std::vector<std::uint32_t> colours;
+    };
+    for (const Clip& clip :
+         {Clip{"MJPEG", {0xFF2060C0}}, Clip{"H264", {0xFF2060B8, 0xFFC06020, 0xFF2060B8}}}) {
+        SCOPED_TRACE(clip.format);
         EXPECT_TRUE(waitForCameras(0));
-        const auto plugged = plug(studioCamera(), 0, format);
+        const auto plugged = plug(studioCamera(), 0, clip.format);
         clickOpen();
         awaitPicture();
-        for (const std::uint32_t awaited : colours)
+        for (const std::uint32_t awaited : clip.colours)
             EXPECT_TRUE(waitUntil([&] {
-                EXPECT_THAT(colours, testing::Contains(colour()));
+                EXPECT_THAT(clip.colours, testing::Contains(colour()));
                 return colour() == awaited;
             }));
         EXPECT_EQ(log.count("ERROR"), 0);
