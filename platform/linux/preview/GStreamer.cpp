@@ -36,6 +36,8 @@ std::string loadGStreamer() {
     static const std::string failure = [] {
         // Without GStreamer's handler for crashes while it loads its plug-ins.
         gst_segtrap_set_enabled(FALSE);
+        // Nor with its scanner: a program, and none can be started by now.
+        gst_registry_fork_set_enabled(FALSE);
         GError* error = nullptr;
         if (!hasNoRegistry)
             return std::string("GStreamer can't be loaded: there is no memory.");
