@@ -72,3 +72,5 @@ desk_of_journey = XDesk(sys.argv[1])
 for part in (open_camera, walk_and_speak, drag_and_type, choose, flip, answer_boxes, restore,
              look_at_what_is_restored, leave):
     part(desk_of_journey)
+for program in sys.argv[2:]:
+    leave(XDesk(program))

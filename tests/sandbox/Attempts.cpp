@@ -1,0 +1,206 @@
+#include "tests/sandbox/Attempts.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <seccomp.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/ptrace.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <filesystem>
+#include <initializer_list>
+
+namespace {
+
+std::string atHome(const char* name) {
+    return std::string(std::getenv("HOME")) + '/' + name;
+}
+
+/// Takes away again what a call has made.
+long made(long result, const std::string& path) {
+    if (result >= 0)
+        std::filesystem::remove(path);
+    return result;
+}
+
+long opened(const std::string& path, int flags) {
+    const int file = open(path.c_str(), flags | O_CLOEXEC, 0600);
+    if (file >= 0)
+        close(file);
+    return file;
+}
+
+long madeFile(const std::string& folder) {
+    const std::string path = folder + "/quelvo-attempt-" + std::to_string(getpid());
+    return made(opened(path, O_CREAT | O_EXCL | O_WRONLY), path);
+}
+
+long startedShell() {
+    const char* words[] = {"sh", "-c", ":", nullptr};
+    pid_t started = 0;
+    errno = posix_spawn(&started, "/bin/sh", nullptr, nullptr, const_cast<char**>(words), nullptr);
+    return errno == 0 ? waitpid(started, nullptr, 0) : -1;
+}
+
+/// Of a program that no folder holds, and that is none: it ends here in no case.
+long startedFromMemory() {
+    const int file = memfd_create("attempt", MFD_CLOEXEC);
+    const char* words[] = {"attempt", nullptr};
+    if (write(file, "none", 4) == 4)
+        fexecve(file, const_cast<char**>(words), environ);
+    const int error = errno;
+    close(file);
+    errno = error;
+    return -1;
+}
+
+/// `child` is what a call has returned in the parent and in the child.
+long copied(long child) {
+    if (child == 0)
+        _exit(0);
+    return child > 0 ? waitpid(static_cast<pid_t>(child), nullptr, 0) : child;
+}
+
+long usedSocket(long family, int protocol) {
+    const long number = syscall(SCMP_SYS(socket), family, SOCK_DGRAM, protocol);
+    if (number >= 0)
+        close(static_cast<int>(number));
+    return number;
+}
+
+struct Attempt {
+    const char* what;
+    long (*act)();
+};
+
+constexpr long beyond = 1L << 32;  // what the kernel doesn't look at hides nothing
+
+const Attempt attempts[] = {
+    {"write a file at home", [] { return madeFile(std::getenv("HOME")); }},
+    {"write a file in /tmp", [] { return madeFile("/tmp"); }},
+    {"write a file among the devices", [] { return madeFile("/dev"); }},
+    {"write a file beside the program",
+     [] { return madeFile(std::filesystem::read_symlink("/proc/self/exe").parent_path()); }},
+    {"write into a file", [] { return opened(atHome(".fonts/font"), O_WRONLY); }},
+    {"empty a file", [] { return opened(atHome(".fonts/font"), O_RDONLY | O_TRUNC); }},
+    {"empty a file, the old way",
+     [] { return syscall(SCMP_SYS(open), atHome(".fonts/font").c_str(), O_RDONLY | O_TRUNC); }},
+    {"read a private file", [] { return opened(atHome("letter"), O_RDONLY); }},
+    {"list the home folder", [] { return opened(atHome(""), O_RDONLY | O_DIRECTORY); }},
+    {"make a folder", [] { return made(mkdir(atHome("new").c_str(), 0700), atHome("new")); }},
+    {"make a link", [] { return made(symlink("/", atHome("link").c_str()), atHome("link")); }},
+    {"rename a file",
+     [] { return long{rename(atHome("letter").c_str(), atHome("letter").c_str())}; }},
+    // Neither can be, but who may not do it learns nothing else.
+    {"remove a file", [] { return long{unlink(atHome(".fonts").c_str())}; }},
+    {"remove a folder", [] { return long{rmdir(atHome(".fonts").c_str())}; }},
+    {"start a shell", startedShell},
+    {"start a program from memory", startedFromMemory},
+    {"fork", [] { return copied(syscall(SCMP_SYS(fork))); }},
+    {"vfork", [] { return copied(vfork()); }},
+    {"use the network", [] { return usedSocket(AF_INET, 0); }},
+    {"use the network, hidden", [] { return usedSocket(AF_INET | beyond, 0); }},
+    {"use the network, IPv6", [] { return usedSocket(AF_INET6, 0); }},
+    {"use a later kind of socket", [] { return usedSocket(AF_VSOCK, 0); }},
+    {"look at the routes", [] { return usedSocket(AF_NETLINK, 0); }},
+};
+
+using Words = std::initializer_list<long>;
+
+/// Makes a call that does nothing, or fails for another reason than that it is refused. Some are
+/// refused by denying that there is such a call.
+bool isRefused(const std::string& call, const Words& arguments) {
+    long words[6] = {};
+    std::copy(arguments.begin(), arguments.end(), words);
+    const int number = seccomp_syscall_resolve_name(call.c_str());
+    const bool denied = call == "clone3" || call == "openat2" || call == "io_uring_setup";
+    return syscall(number, words[0], words[1], words[2], words[3], words[4], words[5]) < 0 &&
+           (denied ? errno == ENOSYS : errno == EPERM || errno == EACCES);
+}
+
+struct Call {
+    const char* name;
+    Words arguments;
+};
+
+constexpr long nobody = INT_MAX;  // a process
+constexpr long none = -1;         // a file
+constexpr long own = -1;          // an owner who stays
+constexpr long here = AT_FDCWD;
+
+}  // namespace
+
+std::string whatCanBeDone() {
+    const std::string letter = atHome("letter");
+    const auto path = reinterpret_cast<long>(letter.c_str());
+    const Call calls[] = {{"execve", {}},
+                          {"execveat", {none}},
+                          {"truncate", {path}},
+                          {"chmod", {path, 0600}},
+                          {"fchmod", {none}},
+                          {"fchmodat", {here, path, 0600}},
+                          {"chown", {path, own, own}},
+                          {"fchown", {none}},
+                          {"lchown", {path, own, own}},
+                          {"fchownat", {here, path, own, own}},
+                          {"setxattr", {}},
+                          {"lsetxattr", {}},
+                          {"fsetxattr", {none}},
+                          {"removexattr", {}},
+                          {"lremovexattr", {}},
+                          {"fremovexattr", {none}},
+                          {"utime", {path}},
+                          {"utimes", {path}},
+                          {"futimesat", {here, path}},
+                          {"utimensat", {here, path}},
+                          {"ptrace", {PTRACE_PEEKDATA, nobody}},
+                          {"process_vm_readv", {nobody}},
+                          {"process_vm_writev", {nobody}},
+                          {"pidfd_getfd", {none}},
+                          {"kill", {nobody}},
+                          {"tkill", {nobody}},
+                          {"tgkill", {nobody, nobody}},
+                          {"rt_sigqueueinfo", {nobody}},
+                          {"rt_tgsigqueueinfo", {nobody, nobody}},
+                          {"pidfd_send_signal", {none}},
+                          {"clone", {CLONE_SIGHAND}},
+                          {"clone3", {}},
+                          {"add_key", {}},
+                          {"request_key", {}},
+                          {"keyctl", {none}},
+                          {"perf_event_open", {}},
+                          {"unshare", {}},
+                          {"setns", {none}},
+                          {"userfaultfd", {3}},
+                          {"openat2", {}},
+                          {"io_uring_setup", {}},
+                          {"ioctl", {none, TIOCSTI | beyond}},
+                          {"ioctl", {none, TIOCLINUX | beyond}}};
+    // Refused in any case, except to the administrator.
+    const Call greatCalls[] = {
+        {"init_module", {}}, {"finit_module", {none}}, {"delete_module", {}}, {"bpf", {none}}};
+    std::string could;
+    bool refused = false;
+    const auto note = [&](const char* what, bool isRefused) {
+        if (!isRefused)
+            could += (could.empty() ? "" : ", ") + std::string(what);
+        return isRefused;
+    };
+    for (const auto& [what, act] : attempts)
+        refused |= note(what, act() < 0 && (errno == EPERM || errno == EACCES));
+    for (const auto& [name, arguments] : calls)
+        refused |= note(name, isRefused(name, arguments));
+    for (const auto& [name, arguments] : greatCalls)
+        note(name, isRefused(name, arguments));
+    if (!refused)
+        return "everything";
+    return could.empty() ? "nothing" : could;
+}

@@ -1,0 +1,62 @@
+// The window in a process that has given up its rights: all of it works, and nothing else does.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QPalette>
+#include <cstdlib>
+#include <fstream>
+#include <future>
+
+#include "platform/linux/Sandbox.h"
+#include "tests/sandbox/Attempts.h"
+#include "tests/support/Exchanges.h"
+#include "tests/support/WindowFixture.h"
+
+// The search for leaks needs a process of its own, and none can be made.
+extern "C" int __lsan_is_turned_off() {
+    return 1;
+}
+
+namespace {
+
+// Before there is a toolkit, which the entry of the tests makes.
+const int hasHome = setenv("HOME", QUELVO_TEST_HOME, 1);
+const auto exchanges = readExchanges({"standard-page.txt", "vendor-page.txt"}, "direct");
+const std::string before = whatCanBeDone();
+const std::vector<std::string> kept = platform::enterSandbox();
+
+bool isReadable(const std::string& path) {
+    return std::ifstream(path).good();
+}
+
+}  // namespace
+
+TEST(SandboxTest, LeavesOnlyWhatTheProgramNeeds) {
+    EXPECT_EQ(before, "everything");
+    EXPECT_TRUE(kept.empty()) << kept.front();
+    EXPECT_EQ(whatCanBeDone(), "nothing");
+    EXPECT_EQ(std::async(std::launch::async, whatCanBeDone).get(), "nothing");
+    for (const char* file :
+         {"/.fonts/font", "/.Xauthority", "/.ICEauthority", "/.config/kdeglobals",
+          "/.local/share/icons/icon", "/.cache/fontconfig/cache"})
+        EXPECT_TRUE(isReadable(std::getenv("HOME") + std::string(file))) << file;
+}
+
+TEST(SandboxTest, TheWindowWorks) {
+    for (const auto& exchange : exchanges) {
+        WindowFixture fixture;
+        setInCamera(fixture.camera(), {3, PU_WHITE_BALANCE_TEMPERATURE_AUTO_CONTROL}, {0});
+        setInCamera(fixture.camera(), {1, CT_FOCUS_AUTO_CONTROL}, {0});
+        setInCamera(fixture.camera(), {1, CT_AE_MODE_CONTROL}, {1});
+        fixture.pressOpen();
+        LiveWindow::awaitPicture();
+        perform(exchange, {fixture, fixture.camera(), fixture.log(), [&] { fixture.pressOpen(); },
+                           [](const auto&) { return false; }});
+    }
+    WindowFixture fixture;
+    const auto second = fixture.plugAnother("Second");
+    EXPECT_EQ(fixture.list("m_cbxDevice").count(), 2);
+    QApplication::setPalette(QPalette(Qt::black, Qt::black));
+    EXPECT_LT(fixture.window().grab().toImage().pixelColor(1, 1).lightness(), 100);
+}
