@@ -58,5 +58,6 @@ TEST(SandboxTest, TheWindowWorks) {
     const auto second = fixture.plugAnother("Second");
     EXPECT_EQ(fixture.list("m_cbxDevice").count(), 2);
     QApplication::setPalette(QPalette(Qt::black, Qt::black));
+    QApplication::processEvents();
     EXPECT_LT(fixture.window().grab().toImage().pixelColor(1, 1).lightness(), 100);
 }
