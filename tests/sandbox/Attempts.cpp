@@ -24,10 +24,16 @@ std::string atHome(const char* name) {
     return std::string(std::getenv("HOME")) + '/' + name;
 }
 
+/// What is not there yet.
+std::string fresh(const std::string& folder = std::getenv("HOME")) {
+    return folder + "/quelvo-attempt-" + std::to_string(getpid());
+}
+
 /// Takes away again what a call has made.
 long made(long result, const std::string& path) {
+    std::error_code ignored;
     if (result >= 0)
-        std::filesystem::remove(path);
+        std::filesystem::remove(path, ignored);
     return result;
 }
 
@@ -39,7 +45,7 @@ long opened(const std::string& path, int flags) {
 }
 
 long madeFile(const std::string& folder) {
-    const std::string path = folder + "/quelvo-attempt-" + std::to_string(getpid());
+    const std::string path = fresh(folder);
     return made(opened(path, O_CREAT | O_EXCL | O_WRONLY), path);
 }
 
@@ -95,8 +101,9 @@ const Attempt attempts[] = {
      [] { return syscall(SCMP_SYS(open), atHome(".fonts/font").c_str(), O_RDONLY | O_TRUNC); }},
     {"read a private file", [] { return opened(atHome("letter"), O_RDONLY); }},
     {"list the home folder", [] { return opened(atHome(""), O_RDONLY | O_DIRECTORY); }},
-    {"make a folder", [] { return made(mkdir(atHome("new").c_str(), 0700), atHome("new")); }},
-    {"make a link", [] { return made(symlink("/", atHome("link").c_str()), atHome("link")); }},
+    {"make a folder", [] { return made(mkdir(fresh().c_str(), 0700), fresh()); }},
+    {"make a link", [] { return made(symlink("/", fresh().c_str()), fresh()); }},
+    {"make a pipe", [] { return made(mkfifo(fresh().c_str(), 0600), fresh()); }},
     {"rename a file",
      [] { return long{rename(atHome("letter").c_str(), atHome("letter").c_str())}; }},
     // Neither can be, but who may not do it learns nothing else.
