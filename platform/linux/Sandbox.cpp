@@ -137,6 +137,9 @@ int allowAll(const Descriptor& rules, const PersonalRows& rows) {
 
 /// Returns 0, or an errno value: ENOSYS and EOPNOTSUPP when the kernel has no such rules.
 int giveUpFiles() {
+    // Nobody may give up rights who could still gain others by starting a program.
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)
+        return errno;
     const landlock_ruleset_attr handled{everyRight};
     const Descriptor rules(::syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0));
     if (rules.number() < 0)
@@ -176,28 +179,34 @@ class Calls {
     int status_ = list_ ? 0 : -ENOMEM;
 };
 
+/// What an argument (from 0) is like: compared with a number, or masked by it and then compared.
+constexpr scmp_arg_cmp argument(unsigned which, scmp_compare how, scmp_datum_t number,
+                                scmp_datum_t masked = 0) {
+    return {which, how, number, masked};
+}
+
 /// No network: only the sockets of this machine are left, and the one for news of devices.
 void refuseNetworks(Calls& calls) {
     for (scmp_datum_t family = AF_UNSPEC; family < scmp_datum_t{AF_NETLINK}; ++family)
         if (family != AF_UNIX)
-            calls.refuse("socket", EPERM, {SCMP_A0_64(SCMP_CMP_EQ, family)});
-    calls.refuse("socket", EPERM, {SCMP_A0_64(SCMP_CMP_GT, AF_NETLINK)});
+            calls.refuse("socket", EPERM, {argument(0, SCMP_CMP_EQ, family)});
+    calls.refuse("socket", EPERM, {argument(0, SCMP_CMP_GT, AF_NETLINK)});
     calls.refuse(
         "socket", EPERM,
-        {SCMP_A0_64(SCMP_CMP_EQ, AF_NETLINK), SCMP_A2_64(SCMP_CMP_NE, NETLINK_KOBJECT_UEVENT)});
+        {argument(0, SCMP_CMP_EQ, AF_NETLINK), argument(2, SCMP_CMP_NE, NETLINK_KOBJECT_UEVENT)});
 }
 
 /// What of a call that is needed is not. The kernel looks at the lower half of these arguments.
 void refuseUses(Calls& calls) {
-    calls.refuse("clone", EPERM, {SCMP_A0_64(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0)});
+    calls.refuse("clone", EPERM, {argument(0, SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0)});
     const auto self = static_cast<scmp_datum_t>(::getpid());
-    calls.refuse("tgkill", EPERM, {SCMP_A0_64(SCMP_CMP_NE, self)});
+    calls.refuse("tgkill", EPERM, {argument(0, SCMP_CMP_NE, self)});
     // A file that may be read would be emptied, for all that the kernel of Debian 12 minds.
-    calls.refuse("open", EPERM, {SCMP_A1_64(SCMP_CMP_MASKED_EQ, O_TRUNC, O_TRUNC)});
-    calls.refuse("openat", EPERM, {SCMP_A2_64(SCMP_CMP_MASKED_EQ, O_TRUNC, O_TRUNC)});
+    calls.refuse("open", EPERM, {argument(1, SCMP_CMP_MASKED_EQ, O_TRUNC, O_TRUNC)});
+    calls.refuse("openat", EPERM, {argument(2, SCMP_CMP_MASKED_EQ, O_TRUNC, O_TRUNC)});
     // Typing into the terminal from which the program was started.
     for (const scmp_datum_t request : {scmp_datum_t{TIOCSTI}, scmp_datum_t{TIOCLINUX}})
-        calls.refuse("ioctl", EPERM, {SCMP_A1_64(SCMP_CMP_MASKED_EQ, UINT32_MAX, request)});
+        calls.refuse("ioctl", EPERM, {argument(1, SCMP_CMP_MASKED_EQ, UINT32_MAX, request)});
 }
 
 int giveUpCalls() {
@@ -219,8 +228,6 @@ std::vector<std::string> enterSandbox() {
         if (status != 0)
             kept.push_back(what + std::generic_category().message(status));
     };
-    note("New privileges can't be ruled out: ",
-         ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 ? 0 : errno);
     note("The rights to files can't be given up: ", giveUpFiles());
     note("The rights to system calls can't be given up: ", giveUpCalls());
     return kept;

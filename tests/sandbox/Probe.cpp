@@ -4,10 +4,6 @@
 
 #include "tests/sandbox/Attempts.h"
 
-namespace {
-
-const struct Teller {
-    ~Teller() { std::fprintf(stderr, "probe: could do %s\n", whatCanBeDone().c_str()); }
-} teller;
-
-}  // namespace
+[[gnu::destructor]] static void tell() {
+    std::fprintf(stderr, "probe: could do %s\n", whatCanBeDone().c_str());
+}

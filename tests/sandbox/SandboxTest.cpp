@@ -1,6 +1,7 @@
 // The window in a process that has given up its rights: all of it works, and nothing else does.
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 
 #include <QApplication>
 #include <QPalette>
@@ -36,6 +37,7 @@ TEST(SandboxTest, LeavesOnlyWhatTheProgramNeeds) {
     EXPECT_EQ(before, "everything");
     EXPECT_TRUE(kept.empty()) << kept.front();
     EXPECT_EQ(whatCanBeDone(), "nothing");
+    EXPECT_EQ(prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0), 1);
     EXPECT_EQ(std::async(std::launch::async, whatCanBeDone).get(), "nothing");
     for (const char* file :
          {"/.fonts/font", "/.Xauthority", "/.ICEauthority", "/.config/kdeglobals",
