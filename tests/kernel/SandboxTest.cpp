@@ -5,6 +5,7 @@
 
 #include <QProcess>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 
 #include "platform/linux/Sandbox.h"
@@ -60,5 +61,6 @@ TEST(Sandbox, DISABLED_Sandboxed) {
     EXPECT_EQ(window.log.count("CameraControl Error: ") + window.log.count("ERROR"), 0);
     std::cout << "shown" << std::endl;
     EXPECT_TRUE(window.waitForCameras(0));
+    EXPECT_FALSE(std::filesystem::is_empty("/run/udev/data"));
     EXPECT_EQ(whatCanBeDone(), "nothing");
 }
