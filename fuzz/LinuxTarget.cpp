@@ -13,7 +13,9 @@
 #include "platform/linux/devices/LinuxCapture.h"
 #include "platform/linux/devices/LinuxUsb.h"
 #include "platform/linux/devices/VideoNode.h"
+#include "platform/linux/preview/H264Size.h"
 #include "platform/linux/preview/JpegPicture.h"
+#include "platform/linux/preview/PreviewMode.h"
 #include "tests/support/Pixels.h"
 
 using namespace platform;
@@ -25,7 +27,8 @@ std::function<void()> descriptorReady;
 /// A node whose every answer comes from the input. What is no answer stays as it was given.
 struct FuzzNode : Ioctl {
     int call(unsigned long request, void* argument) override {
-        static constexpr int results[] = {0, 0, 0, EINTR, EINVAL, EACCES, ENODEV, ERANGE};
+        static constexpr int results[] = {0,      0,      0,      EINTR,    EINVAL,
+                                          EACCES, ENODEV, ERANGE, ETIMEDOUT};
         if (request == VIDIOC_G_EXT_CTRLS || request == VIDIOC_S_EXT_CTRLS) {
             const auto& all = *static_cast<v4l2_ext_controls*>(argument);
             for (auto& control : std::span(all.controls, all.count))
@@ -98,6 +101,30 @@ void lookAtUsb() {
         interface->open();
 }
 
+/// Modes of any size and rate, in forms that are known or not.
+void chooseMode() {
+    static constexpr const char* forms[] = {"video/x-raw", "image/jpeg", "video/x-h264", "video/x"};
+    static constexpr const char* layouts[] = {"YUY2", "ENCODED", "none"};
+    static const std::string failure = loadGStreamer();
+    require(failure.empty(), "GStreamer is there");
+    const GstCapsPtr offered(gst_caps_new_empty());
+    while (!input.atEnd())
+        gst_caps_append_structure(
+            offered.get(),
+            gst_structure_new(input.oneOf(forms), "width", G_TYPE_INT, input.number<int>(),
+                              "height", G_TYPE_INT, input.number<int>(), "framerate",
+                              GST_TYPE_FRACTION, input.byte(), 1 + input.byte(), "format",
+                              G_TYPE_STRING, input.oneOf(layouts), nullptr));
+    const PreviewMode mode = choosePreviewMode(offered.get(), {640, 480});
+    require(!mode.caps == (mode.kind == nullptr), "a mode has a form");
+    require(!mode.caps || gst_caps_is_fixed(mode.caps.get()), "a mode leaves nothing open");
+}
+
+void readAnySize() {
+    for (const auto& size : {statedH264Size(input.rest), statedJpegSize(input.rest)})
+        require(!size || (size->width >= 0 && size->height >= 0), "a size is no less than nothing");
+}
+
 void showAnyImage() {
     const VideoLimits announced{input.byte(), input.byte()};
     const auto picture = makeJpegPicture({input.rest.begin(), input.rest.end()}, announced);
@@ -118,7 +145,8 @@ std::unique_ptr<DescriptorWatch> platform::watchReadable(int /*descriptor*/,
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static constexpr void (*parts[])() = {sendAnyRequest, followDevices, lookAtUsb, showAnyImage};
+    static constexpr void (*parts[])() = {sendAnyRequest, followDevices, lookAtUsb,
+                                          showAnyImage,   chooseMode,    readAnySize};
     input.rest = {data, size};
     descriptorReady = nullptr;
     input.oneOf(parts)();

@@ -79,7 +79,7 @@ struct AnyDevice : UsbDevice, UsbInterface, CaptureDevice, std::enable_shared_fr
         request.wLenDone = manner == 1 ? ~0U : count;
         if (manner == 2)
             postToMainThread([] { meanwhile(); });
-        return manner == 3 ? EPIPE : 0;
+        return manner == 3 ? EPIPE : manner == 4 ? ETIMEDOUT : 0;
     }
     std::unique_ptr<VideoSource> open(std::string& error) override {
         if (input.seldom())

@@ -41,7 +41,7 @@ TEST(Sandbox, ACameraThatComesIsShownAndNothingElseCanBeDone) {
                 {"--gtest_filter=*Sandboxed", "--gtest_also_run_disabled_tests"});
     ASSERT_TRUE(says(other, "waiting"));
     {
-        const UsbipCamera camera(virtualcam::studioCamera(), 0);
+        const UsbipCamera camera(virtualcam::studioCamera(), 0, "YUY2");
         ASSERT_TRUE(says(other, "shown"));
     }
     EXPECT_TRUE(other.waitForFinished(60000));
