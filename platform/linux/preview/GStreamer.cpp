@@ -61,11 +61,13 @@ std::string loadPlugin(const std::string& name) {
 GstElement* makeElement(const std::string& name, std::string& failure) {
     const auto* origin = std::ranges::find(origins, name, &Origin::element);
     const std::string reason = loadPlugin(origin->plugin);
-    if (reason.empty())
-        return gst_element_factory_make(name.c_str(), nullptr);
-    failure = fmt::format("GStreamer's plug-in {} of Debian's package {} can't be loaded: {}",
-                          origin->plugin, origin->package, reason);
-    return nullptr;
+    GstElement* element =
+        reason.empty() ? gst_element_factory_make(name.c_str(), nullptr) : nullptr;
+    if (element == nullptr)
+        failure =
+            fmt::format("GStreamer's plug-in {}, in Debian's {}, can't be used: {}", origin->plugin,
+                        origin->package, reason.empty() ? "it has no " + name : reason);
+    return element;
 }
 
 }  // namespace platform
