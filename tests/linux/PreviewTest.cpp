@@ -84,7 +84,7 @@ struct Preview : testing::Test {
     /// A preview of these elements.
     std::unique_ptr<VideoSource> preview(const std::string& description) {
         const auto hold = [](VideoNode& held) {
-            held.open("/dev/video10");
+            held.open("/dev/video10", makedev(1, 3));
             return std::string(checkUnused(held) == 0 ? "" : "It is in use.");
         };
         // With all the patience that it takes to load a decoder into a program that is watched.

@@ -25,7 +25,7 @@ VideoNode::~VideoNode() {
     close();
 }
 
-int VideoNode::open(const std::string& path, std::optional<dev_t> number) {
+int VideoNode::open(const std::string& path, dev_t number) {
     close();
     do {
         descriptor_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
@@ -33,7 +33,7 @@ int VideoNode::open(const std::string& path, std::optional<dev_t> number) {
     if (descriptor_ < 0)
         return openStatus(errno);
     struct stat found {};
-    if (!number || (::fstat(descriptor_, &found) == 0 && found.st_rdev == *number))
+    if (::fstat(descriptor_, &found) == 0 && found.st_rdev == number)
         return 0;
     close();
     return ENODEV;

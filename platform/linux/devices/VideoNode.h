@@ -2,7 +2,6 @@
 
 #include <sys/types.h>
 
-#include <optional>
 #include <string>
 
 #include "platform/linux/controls/Ioctl.h"
@@ -20,11 +19,9 @@ class VideoNode : public Ioctl {
     /// Opens the node at `path` in place of the one held: 0, or an errno value. A node that is
     /// gone is ENODEV, whatever the kernel calls it, and so is one that is not device `number`:
     /// another may have taken the name.
-    int open(const std::string& path, std::optional<dev_t> number = std::nullopt);
+    int open(const std::string& path, dev_t number);
 
     void close();
-
-    bool isOpen() const { return descriptor_ >= 0; }
 
     int call(unsigned long request, void* argument) override;
 
