@@ -34,11 +34,6 @@ GstBusSyncReply takeMessage(GstBus* /*bus*/, GstMessage* message, gpointer link)
     return GST_BUS_DROP;
 }
 
-void setIfPresent(GstElement* element, const char* property, int value) {
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), property) != nullptr)
-        g_object_set(element, property, value, nullptr);
-}
-
 /// The pool of a source's buffers, if it has one.
 GstBufferPool* poolOf(GstElement* source) {
     return source != nullptr && GST_IS_BASE_SRC(source)
@@ -131,15 +126,15 @@ bool Pipeline::appendDecoding(const PreviewMode& mode, const VideoLimits& limits
            (appendDecoder(*mode.kind) && appendConverter());
 }
 
-/// The decoder goes on after any number of broken pictures, and delays none, as threads would.
 bool Pipeline::appendDecoder(const StreamKind& kind) {
     if (kind.decoder == nullptr)
         return true;
     GstElement* decoder = append(kind.decoder);
-    if (decoder != nullptr) {
-        setIfPresent(decoder, "max-errors", -1);
-        setIfPresent(decoder, "max-threads", 1);
-    }
+    // Each thread that works on another picture would delay all by one.
+    const char* const threads = "max-threads";
+    if (decoder != nullptr &&
+        g_object_class_find_property(G_OBJECT_GET_CLASS(decoder), threads) != nullptr)
+        g_object_set(decoder, threads, 1, nullptr);
     return decoder != nullptr;
 }
 
