@@ -1,5 +1,5 @@
-// The window in a process of its own that has given up its rights, on the kernel's driver: its
-// camera, with the camera's node, comes only after that.
+// In a process of their own that has given up its rights, on the kernel's driver: the window, and
+// the program itself. Their camera, with the camera's node, comes only after that.
 
 #include <gtest/gtest.h>
 
@@ -63,4 +63,18 @@ TEST(Sandbox, DISABLED_Sandboxed) {
     EXPECT_TRUE(window.waitForCameras(0));
     EXPECT_FALSE(std::filesystem::is_empty("/run/udev/data"));
     EXPECT_EQ(whatCanBeDone(), "nothing");
+}
+
+TEST(Sandbox, TheProgramFollowsTheMachinesCameras) {
+    QProcess program;
+    program.setProcessChannelMode(QProcess::MergedChannels);
+    program.start(QCoreApplication::applicationDirPath() + "/quelvo");
+    ASSERT_TRUE(says(program, "quelvo: kkk:1"));  // a microphone
+    {
+        const UsbipCamera camera(virtualcam::studioCamera(), 0, "YUY2");
+        ASSERT_TRUE(says(program, "quelvo: processAddDeviceEventWithNotification123"));
+    }
+    EXPECT_TRUE(says(program, "quelvo: processRemoveDeviceEventWithNotification"));
+    program.kill();
+    program.waitForFinished();
 }
