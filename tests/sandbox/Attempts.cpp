@@ -1,24 +1,21 @@
 #include "tests/sandbox/Attempts.h"
 
 #include <fcntl.h>
-#include <sched.h>
 #include <seccomp.h>
 #include <spawn.h>
-#include <sys/ioctl.h>
 #include <sys/mman.h>
-#include <sys/ptrace.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
-#include <vector>
+#include <optional>
+#include <sstream>
 
 namespace {
 
@@ -122,82 +119,46 @@ const Attempt attempts[] = {
     {"look at the routes", [] { return usedSocket(AF_NETLINK, 0); }},
 };
 
-/// A call that does nothing, or fails for another reason than that it is refused.
-struct Call {
-    std::string name;
-    std::vector<long> arguments;
+// Calls that do nothing, or fail for another reason than that they are refused. The words behind
+// one are its arguments: numbers, "path" (of a file that may be read) or "nobody" (no process).
+constexpr const char* calls[] = {
+    "open path 01000", "truncate path", "chmod path 0600", "fchmod -1", "fchmodat -100 path 0600",
+    "chown path -1 -1", "fchown -1", "lchown path -1 -1", "fchownat -100 path -1 -1", "setxattr",
+    "lsetxattr", "fsetxattr -1", "removexattr", "lremovexattr", "fremovexattr -1", "utime path",
+    "utimes path", "futimesat -100 path", "utimensat -100 path", "execve", "execveat -1",
+    "ptrace 2 nobody", "process_vm_readv nobody", "process_vm_writev nobody", "pidfd_getfd -1",
+    "kill nobody", "tkill nobody", "tgkill nobody nobody", "rt_sigqueueinfo nobody",
+    "rt_tgsigqueueinfo nobody nobody", "pidfd_send_signal -1", "clone 0x800", "clone3", "add_key",
+    "request_key", "keyctl -1", "unshare", "setns -1", "userfaultfd 3", "openat2", "io_uring_setup",
+    // TIOCSTI and TIOCLINUX, with what the kernel doesn't look at
+    "ioctl -1 0x100005412", "ioctl -1 0x10000541c"};
 
-    /// Negative: this processor has no such call, or it is newer than the library.
-    int number() const { return seccomp_syscall_resolve_name(name.c_str()); }
+// Those that some kernels refuse anyway, to whoever isn't the administrator or to all.
+constexpr const char* rareCalls[] = {
+    "perf_event_open", "init_module",    "finit_module -1", "delete_module",
+    "bpf -1",          "fchmodat2 -100", "setxattrat -100", "removexattrat -100"};
 
-    /// Some are refused by denying that there is such a call.
-    bool isRefused() const {
-        long words[6] = {};
-        std::copy(arguments.begin(), arguments.end(), words);
-        const bool denied = name == "clone3" || name == "openat2" || name == "io_uring_setup";
-        return syscall(number(), words[0], words[1], words[2], words[3], words[4], words[5]) < 0 &&
-               (denied ? errno == ENOSYS : errno == EPERM || errno == EACCES);
-    }
-};
-
-constexpr long nobody = INT_MAX;  // a process
-constexpr long none = -1;         // a file
-constexpr long own = -1;          // an owner who stays
-constexpr long here = AT_FDCWD;
-
-/// `path` is the address of a path, of a file that may be read.
-std::vector<Call> callsOnFiles(long path) {
-    return {{"open", {path, O_RDONLY | O_TRUNC}},
-            {"truncate", {path}},
-            {"chmod", {path, 0600}},
-            {"fchmod", {none}},
-            {"fchmodat", {here, path, 0600}},
-            {"chown", {path, own, own}},
-            {"fchown", {none}},
-            {"lchown", {path, own, own}},
-            {"fchownat", {here, path, own, own}},
-            {"setxattr", {}},
-            {"lsetxattr", {}},
-            {"fsetxattr", {none}},
-            {"removexattr", {}},
-            {"lremovexattr", {}},
-            {"fremovexattr", {none}},
-            {"utime", {path}},
-            {"utimes", {path}},
-            {"futimesat", {here, path}},
-            {"utimensat", {here, path}}};
+/// Whether a call is refused; nothing when this processor has none, or it is newer than the
+/// library.
+std::optional<bool> isRefused(const std::string& call) {
+    static const std::string path = atHome(".fonts/font");
+    std::istringstream words(call);
+    std::string word;
+    words >> word;
+    const int number = seccomp_syscall_resolve_name(word.c_str());
+    if (number < 0)
+        return std::nullopt;
+    // Some are refused by denying that there is such a call.
+    const bool denied = word == "clone3" || word == "openat2" || word == "io_uring_setup";
+    long arguments[6] = {};
+    for (long* argument = arguments; words >> word; ++argument)
+        *argument = word == "path"     ? reinterpret_cast<long>(path.c_str())
+                    : word == "nobody" ? INT_MAX
+                                       : std::stol(word, nullptr, 0);
+    const auto& [a, b, c, d, e, f] = arguments;
+    return syscall(number, a, b, c, d, e, f) < 0 &&
+           (denied ? errno == ENOSYS : errno == EPERM || errno == EACCES);
 }
-
-const std::vector<Call> otherCalls = {{"execve", {}},
-                                      {"execveat", {none}},
-                                      {"ptrace", {PTRACE_PEEKDATA, nobody}},
-                                      {"process_vm_readv", {nobody}},
-                                      {"process_vm_writev", {nobody}},
-                                      {"pidfd_getfd", {none}},
-                                      {"kill", {nobody}},
-                                      {"tkill", {nobody}},
-                                      {"tgkill", {nobody, nobody}},
-                                      {"rt_sigqueueinfo", {nobody}},
-                                      {"rt_tgsigqueueinfo", {nobody, nobody}},
-                                      {"pidfd_send_signal", {none}},
-                                      {"clone", {CLONE_SIGHAND}},
-                                      {"clone3", {}},
-                                      {"add_key", {}},
-                                      {"request_key", {}},
-                                      {"keyctl", {none}},
-                                      {"unshare", {}},
-                                      {"setns", {none}},
-                                      {"userfaultfd", {3}},
-                                      {"openat2", {}},
-                                      {"io_uring_setup", {}},
-                                      {"ioctl", {none, TIOCSTI | beyond}},
-                                      {"ioctl", {none, TIOCLINUX | beyond}}};
-
-/// Those that some kernels refuse anyway, to whoever isn't the administrator or to all.
-const std::vector<Call> rareCalls = {{"perf_event_open", {}},  {"init_module", {}},
-                                     {"finit_module", {none}}, {"delete_module", {}},
-                                     {"bpf", {none}},          {"fchmodat2", {here}},
-                                     {"setxattrat", {here}},   {"removexattrat", {here}}};
 
 }  // namespace
 
@@ -211,13 +172,12 @@ std::string whatCanBeDone() {
     };
     for (const auto& [what, act] : attempts)
         refused |= note(what, act() < 0 && (errno == EPERM || errno == EACCES));
-    const std::string font = atHome(".fonts/font");
-    for (const auto& calls : {callsOnFiles(reinterpret_cast<long>(font.c_str())), otherCalls})
-        for (const Call& call : calls)
-            refused |= call.number() >= 0 && note(call.name, call.isRefused());
-    for (const Call& call : rareCalls)
-        if (call.number() >= 0)
-            note(call.name, call.isRefused());
+    for (const char* call : calls)
+        if (const auto is = isRefused(call))
+            refused |= note(call, *is);
+    for (const char* call : rareCalls)
+        if (const auto is = isRefused(call))
+            note(call, *is);
     if (!refused)
         return "everything";
     return could.empty() ? "nothing" : could;
