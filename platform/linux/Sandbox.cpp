@@ -42,16 +42,18 @@ constexpr FileRow systemRows[] = {
     {"/var/cache/fontconfig", reading},  // or the fonts are looked through at each start
     {"/sys", reading},                   // what the kernel tells of cameras,
     {"/run/udev", reading},              // and what udev does
-    // A camera's node comes with the camera, so that its folder must do. Nothing can be made there.
+    // A camera's node comes with the camera, so that its folder must do. Nothing can be made there,
+    // but what others have made to be written can be.
     {"/dev", reading | LANDLOCK_ACCESS_FS_WRITE_FILE},
 };
 
-// What a person chose for all programs to look like, to be read only: beneath the folder that a
-// variable names, or else beneath one of the home folder.
+// What a person chose for all programs to look like, mostly to be read only: beneath the folder
+// that a variable names, or else beneath one of the home folder.
 struct PersonalRows {
     const char* variable;
     const char* standard;
     std::initializer_list<const char*> names;
+    std::uint64_t rights = reading;
 };
 
 constexpr PersonalRows personalRows[] = {
@@ -62,11 +64,15 @@ constexpr PersonalRows personalRows[] = {
     {"ICEAUTHORITY", "/.ICEauthority", {""}},
     {"XDG_DATA_HOME", "/.local/share", {"fonts", "icons", "themes", "color-schemes"}},
     {"XDG_CACHE_HOME", "/.cache", {"fontconfig"}},
+    // A flag by which GNOME's settings tell that they have changed; who can't write it reads them
+    // all anew each time, and complains.
+    {"XDG_RUNTIME_DIR", "/.cache", {"dconf"}, reading | LANDLOCK_ACCESS_FS_WRITE_FILE},
     // The choice of fonts, and of the look: GNOME's (in dconf) and its kin's, KDE's, the toolkit's.
+    // The last is the address of the input method.
     {"XDG_CONFIG_HOME",
      "/.config",
      {"fontconfig", "dconf", "gtk-3.0", "gtk-4.0", "kdeglobals", "kdedefaults", "kcminputrc",
-      "breezerc", "Kvantum", "qt6ct", "Trolltech.conf"}},
+      "breezerc", "Kvantum", "qt6ct", "Trolltech.conf", "ibus/bus"}},
 };
 
 // System calls: all but these are left. Of files and of other processes they do what no rule for
@@ -131,7 +137,7 @@ int allowAll(const Descriptor& rules, const PersonalRows& rows) {
     int status = 0;
     for (const char* name : rows.names)
         if (status == 0 && !base.empty())
-            status = allow(rules, *name == '\0' ? base : base + '/' + name, reading);
+            status = allow(rules, *name == '\0' ? base : base + '/' + name, rows.rights);
     return status;
 }
 
@@ -185,6 +191,11 @@ constexpr scmp_arg_cmp argument(unsigned which, scmp_compare how, scmp_datum_t n
     return {which, how, number, masked};
 }
 
+/// The half of an argument that the kernel looks at is this number.
+constexpr scmp_arg_cmp lowerHalf(unsigned which, int number) {
+    return argument(which, SCMP_CMP_MASKED_EQ, UINT32_MAX, static_cast<scmp_datum_t>(number));
+}
+
 /// No network: only the sockets of this machine are left, and the one for news of devices.
 void refuseNetworks(Calls& calls) {
     for (scmp_datum_t family = AF_UNSPEC; family < scmp_datum_t{AF_NETLINK}; ++family)
@@ -196,17 +207,21 @@ void refuseNetworks(Calls& calls) {
         {argument(0, SCMP_CMP_EQ, AF_NETLINK), argument(2, SCMP_CMP_NE, NETLINK_KOBJECT_UEVENT)});
 }
 
-/// What of a call that is needed is not. The kernel looks at the lower half of these arguments.
+/// What of a call that is needed is not.
 void refuseUses(Calls& calls) {
     calls.refuse("clone", EPERM, {argument(0, SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0)});
     const auto self = static_cast<scmp_datum_t>(::getpid());
     calls.refuse("tgkill", EPERM, {argument(0, SCMP_CMP_NE, self)});
+    // Limits of another process, and signals to it when a file has news.
+    calls.refuse("prlimit64", EPERM, {argument(0, SCMP_CMP_NE, 0)});
+    for (const int command : {F_SETOWN, F_SETOWN_EX, F_SETSIG})
+        calls.refuse("fcntl", EPERM, {lowerHalf(1, command)});
     // A file that may be read would be emptied, for all that the kernel of Debian 12 minds.
     calls.refuse("open", EPERM, {argument(1, SCMP_CMP_MASKED_EQ, O_TRUNC, O_TRUNC)});
     calls.refuse("openat", EPERM, {argument(2, SCMP_CMP_MASKED_EQ, O_TRUNC, O_TRUNC)});
-    // Typing into the terminal from which the program was started.
-    for (const scmp_datum_t request : {scmp_datum_t{TIOCSTI}, scmp_datum_t{TIOCLINUX}})
-        calls.refuse("ioctl", EPERM, {argument(1, SCMP_CMP_MASKED_EQ, UINT32_MAX, request)});
+    // Such signals by another name, and typing into the terminal that the program was started from.
+    for (const int request : {FIOSETOWN, SIOCSPGRP, TIOCSTI, TIOCLINUX})
+        calls.refuse("ioctl", EPERM, {lowerHalf(1, request)});
 }
 
 int giveUpCalls() {

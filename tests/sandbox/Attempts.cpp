@@ -128,15 +128,18 @@ constexpr const char* calls[] = {
     "utimes path", "futimesat -100 path", "utimensat -100 path", "execve", "execveat -1",
     "ptrace 2 nobody", "process_vm_readv nobody", "process_vm_writev nobody", "pidfd_getfd -1",
     "kill nobody", "tkill nobody", "tgkill nobody nobody", "rt_sigqueueinfo nobody",
-    "rt_tgsigqueueinfo nobody nobody", "pidfd_send_signal -1", "clone 0x800", "clone3", "add_key",
-    "request_key", "keyctl -1", "unshare", "setns -1", "userfaultfd 3", "openat2", "io_uring_setup",
+    "rt_tgsigqueueinfo nobody nobody", "pidfd_send_signal -1", "clone 0x800", "clone3", "openat2",
+    "prlimit64 nobody", "fcntl -1 8", "fcntl -1 15", "fcntl -1 10", "ioctl -1 0x8901",
+    "ioctl -1 0x8902",
     // TIOCSTI and TIOCLINUX, with what the kernel doesn't look at
     "ioctl -1 0x100005412", "ioctl -1 0x10000541c"};
 
-// Those that some kernels refuse anyway, to whoever isn't the administrator or to all.
+// Those that some kernels and containers refuse anyway, to whoever isn't the administrator or to
+// all.
 constexpr const char* rareCalls[] = {
-    "perf_event_open", "init_module",    "finit_module -1", "delete_module",
-    "bpf -1",          "fchmodat2 -100", "setxattrat -100", "removexattrat -100"};
+    "add_key",       "request_key",    "keyctl -1",       "unshare",         "setns -1",
+    "userfaultfd 3", "io_uring_setup", "perf_event_open", "init_module",     "finit_module -1",
+    "delete_module", "bpf -1",         "fchmodat2 -100",  "setxattrat -100", "removexattrat -100"};
 
 /// Whether a call is refused; nothing when this processor has none, or it is newer than the
 /// library.

@@ -33,6 +33,7 @@ class Fields {
         unsigned zeros = 0;
         while (zeros < 31 && bits(1) == 0)
             ++zeros;
+        bits(zeros == 31 ? 1 : 0);  // the one that ends them
         return (1U << zeros) - 1 + bits(zeros);
     }
 
@@ -57,19 +58,20 @@ void skipScaling(Fields& fields, unsigned lists) {
     }
 }
 
-/// Skips what only profiles with this chroma information have.
+/// Skips what only profiles with chroma information have: those in which the decoder expects it,
+/// as it must find no other size than is found here. 144 is what 244 was called in drafts.
 void skipChroma(Fields& fields, std::uint32_t profile) {
-    constexpr std::array<std::uint32_t, 13> with{100, 110, 122, 244, 44,  83, 86,
-                                                 118, 128, 138, 139, 134, 135};
+    constexpr std::array<std::uint32_t, 11> with{100, 110, 122, 244, 44, 83,
+                                                 86,  118, 128, 138, 144};
     if (std::ranges::find(with, profile) == with.end())
         return;
-    const bool isSeparable = fields.number() == 3;
-    fields.bits(isSeparable ? 1 : 0);
+    const bool isFull = fields.number() == 3;  // 4:4:4, whose planes may be separate
+    fields.bits(isFull ? 1 : 0);
     fields.number();  // depth of luma
     fields.number();  // and of chroma
     fields.bits(1);
     if (fields.bits(1) == 1)
-        skipScaling(fields, isSeparable ? 12 : 8);
+        skipScaling(fields, isFull ? 12 : 8);
 }
 
 /// The size in a sequence parameter set (7.3.2.1.1), which starts behind its header.

@@ -39,7 +39,7 @@ struct Merit {
     auto operator<=>(const Merit&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
-/// Whether videoconvert can read the pictures.
+/// Whether the converter can read the pictures.
 bool isKnownFormat(const GstStructure* structure, const StreamKind& kind) {
     if (&kind != std::begin(kinds))
         return true;
