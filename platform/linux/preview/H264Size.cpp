@@ -59,7 +59,7 @@ void skipScaling(Fields& fields, unsigned lists) {
 }
 
 /// Skips what only profiles with chroma information have: those in which the decoder expects it,
-/// as it must find no other size than is found here. 144 is what 244 was called in drafts.
+/// as it must find no other size than is found here. 144 is a profile of older editions.
 void skipChroma(Fields& fields, std::uint32_t profile) {
     constexpr std::array<std::uint32_t, 11> with{100, 110, 122, 244, 44, 83,
                                                  86,  118, 128, 138, 144};
