@@ -19,17 +19,6 @@
 
 namespace {
 
-/// Takes the first of `came`, which must be as `wanted` says; "..." at its end leaves it open.
-void expectNext(std::deque<std::string>& came, const std::string& wanted) {
-    if (came.empty())
-        throw std::runtime_error("nothing more came");
-    const std::string first = came.front();
-    came.pop_front();
-    const auto known = wanted.ends_with("...") ? wanted.size() - 3 : std::string::npos;
-    if (first.substr(0, known) != wanted.substr(0, known))
-        throw std::runtime_error("but this came: " + first);
-}
-
 /// Reads controls as "unit/selector".
 std::set<virtualcam::ControlId> controlsIn(const std::string& text) {
     std::istringstream in(text);
@@ -78,178 +67,202 @@ std::string difference(WindowHands& hands, const std::string& expectation) {
     return {};
 }
 
+/// Whether a line of the log traces a transfer, which nobody has to expect.
+bool isTrace(const std::string& line) {
+    static const std::regex form("(g_length|bmRequestType2|intval:|set:length:|viewLayer).*");
+    return std::regex_match(line, form);
+}
+
 class Performance {
   public:
     explicit Performance(const Stage& stage) : stage_(stage) {}
 
     void perform(const std::string& statement) {
-        statement_ = statement;
-        if (is("> (.*)")) {
-            expectNext(requests_, part_[1]);
-        } else if (is("log (.*)")) {
-            expectNext(log_, part_[1]);
-        } else if (is("traced (.*)")) {
-            if (!traces_.contains(part_[1]))
-                throw std::runtime_error("nothing traced that");
-        } else if (is("skip (\\d+)")) {
-            for (int count = std::stoi(part_[1]); count > 0; --count)
-                expectNext(requests_, "...");
-        } else if (is("forget")) {
-            requests_.clear();
-            log_.clear();
-        } else if (is("answer (?:OK|(Cancel)) (.*)")) {
-            answer_ = part_[1].matched ? QMessageBox::RejectRole : QMessageBox::AcceptRole;
-            question_ = part_[2];
-        } else if (is("meanwhile (.*)")) {
-            unseen_.insert(part_[1]);
-            stage_.camera.setFaults({.delay = std::chrono::milliseconds(1)});
-            stage_.camera.setWait([this, wanted = part_.str(1)](auto) {
-                unseen_.erase(wanted);
-                log_.push_back(difference(stage_.hands, wanted));
-            });
-        } else if (is("stall((?: \\d+/\\d+)*)")) {
-            stage_.camera.setFaults({.stalled = controlsIn(part_[1])});
-        } else if (is("mend")) {
-            stage_.camera.setFaults({});
-        } else if (is("(length|short) (\\d+/\\d+) (\\d+)|fail (\\w+) (\\d+)")) {
-            virtualcam::Faults faults = stage_.camera.faults();
-            plant(faults);
-            stage_.camera.setFaults(faults);
-        } else if (is("m_.*")) {
-            if (const std::string found = difference(stage_.hands, statement_); !found.empty())
-                throw std::runtime_error(found);
-        } else if (!doDeed()) {
-            throw std::runtime_error("no such statement");
-        }
+        const auto known = std::ranges::find_if(statements_, [&](const Statement& one) {
+            return std::regex_match(statement, part_, one.form);
+        });
+        expect(known != statements_.end(), "no such statement");
+        known->deed();
     }
 
-    void expectNothingMore() const {
-        for (const auto* left : {&requests_, &log_})
-            if (!left->empty())
-                throw std::runtime_error("nobody expected: " + left->front());
-    }
-
-    void end() const {
+    void end() {
         expectNothingMore();
-        if (!unseen_.empty())
-            throw std::runtime_error("nobody looked meanwhile: " + *unseen_.begin());
+        expect(unseen_.empty(), "nobody looked meanwhile");
     }
 
   private:
-    /// Whether the statement has this form, whose parts are then known.
-    bool is(const std::string& form) {
-        static std::map<std::string, std::regex> forms;
-        return std::regex_match(statement_, part_, forms.try_emplace(form, form).first->second);
+    using Deed = std::function<void()>;
+    using Faults = virtualcam::Faults;
+
+    struct Statement {
+        Statement(const char* itsForm, Deed itsDeed) : form(itsForm), deed(std::move(itsDeed)) {}
+        std::regex form;
+        Deed deed;
+    };
+
+    static void expect(bool holds, const std::string& otherwise) {
+        if (!holds)
+            throw std::runtime_error(otherwise);
     }
 
-    /// Does what the statement says, if it says what to do, by the window or past it.
-    bool doDeed() {
-        WindowHands& hands = stage_.hands;
-        if (is("set (\\d+/\\d+) ([ 0-9a-f]+)")) {
-            const QByteArray bytes = QByteArray::fromHex(part_.str(2).c_str());
+    /// Takes the first of `came`, which must be as `wanted` says; "..." at its end leaves it open.
+    static void expectNext(std::deque<std::string>& came, const std::string& wanted) {
+        expect(!came.empty(), "nothing more came");
+        const std::string first = came.front();
+        came.pop_front();
+        const auto known = wanted.ends_with("...") ? wanted.size() - 3 : std::string::npos;
+        expect(first.substr(0, known) == wanted.substr(0, known), "but this came: " + first);
+    }
+
+    void expectNothingMore() {
+        std::erase_if(log_, isTrace);
+        for (const auto* left : {&requests_, &log_})
+            expect(left->empty(), "nobody expected: " + (left->empty() ? "" : left->front()));
+    }
+
+    // The parts of the statement.
+    int number(std::size_t part) const { return std::stoi(part_[part]); }
+    virtualcam::ControlId control(std::size_t part) const {
+        return *controlsIn(part_[part]).begin();
+    }
+    std::vector<std::uint8_t> bytes(std::size_t part) const {
+        const QByteArray bytes = QByteArray::fromHex(part_.str(part).c_str());
+        return {bytes.begin(), bytes.end()};
+    }
+
+    void expectLine() {
+        while (!log_.empty() && isTrace(log_.front()) && log_.front() != part_[1])
+            log_.pop_front();
+        expectNext(log_, part_[1]);
+    }
+
+    void expectRequests() {
+        for (int count = number(1); count > 0; --count)
+            expectNext(requests_, "...");
+    }
+
+    void expectWidgets() {
+        const std::string found = difference(stage_.hands, part_[0]);
+        expect(found.empty(), found);
+    }
+
+    void expectWidgetsMeanwhile() {
+        unseen_.insert(part_[1]);
+        stage_.camera.setFaults({.delay = std::chrono::milliseconds(1)});
+        stage_.camera.setWait([this, wanted = part_.str(1)](auto) {
+            unseen_.erase(wanted);
+            log_.push_back(difference(stage_.hands, wanted));
+        });
+    }
+
+    void forget() {
+        requests_.clear();
+        log_.clear();
+    }
+
+    void answerNextBox() {
+        answer_ = part_[1] == "OK" ? QMessageBox::AcceptRole : QMessageBox::RejectRole;
+        question_ = part_[2];
+    }
+
+    /// Breaks one more thing of the camera.
+    Deed fault(const std::function<void(Faults&)>& plant) {
+        return [this, plant] {
+            Faults faults = stage_.camera.faults();
+            plant(faults);
+            stage_.camera.setFaults(faults);
+            stage_.camera.setWait([](auto) {});
+        };
+    }
+
+    /// A step of opening that fails with an error.
+    Deed fault(IOReturn Faults::*step) {
+        return fault([=, this](Faults& faults) { faults.*step = number(1); });
+    }
+
+    /// Does something, once all that came of what was done before has been expected. Takes in what
+    /// then reaches the camera and the log, but for what a load reads and traces.
+    Deed act(const Deed& deed, bool isLoad = false) {
+        return [=, this] {
             expectNothingMore();
-            setInCamera(stage_.camera, *controlsIn(part_[1]).begin(), {bytes.begin(), bytes.end()});
-        } else if (is("open (.+) = (\\d)")) {
-            act([&] {
-                if (OpenCameraByUniqueID(part_.str(1)) != std::stoi(part_[2]))
-                    throw std::runtime_error("it came to another end");
-            });
-        } else if (is("(read|write) (-?\\d)/(\\d+) ([0-9a-f]+)(?: = ([0-9a-f]+)| (fails))?")) {
-            act([&] { transfer(); });
-        } else if (is("load")) {
-            act(stage_.loadPages);
-        } else if (is("click (\\S+)")) {
-            act([&] { hands.click(part_[1]); });
-        } else if (is("choose (\\S+) (\\S+)")) {
-            act([&] { hands.choose(part_[1], part_[2]); });
-        } else if (is("move (\\S+) (-?\\d+)")) {
-            act([&] { hands.moveSlider(part_[1], std::stoi(part_[2])); });
-        } else if (is("untick (\\S+)")) {
-            hands.slider(part_[1]).setTickPosition(QSlider::NoTicks);
-        } else if (is("maximum (\\S+) (-?\\d+)")) {
-            act([&] { hands.slider(part_[1]).setMaximum(std::stoi(part_[2])); });
-        } else {
-            return false;
-        }
-        return true;
+            const NextBox box(std::exchange(answer_, QMessageBox::RejectRole));
+            deed();
+            QCoreApplication::processEvents();
+            stage_.camera.setWait([](auto) {});
+            std::erase(log_, "");  // what was as it should be meanwhile
+            for (const auto& record : stage_.camera.requests())
+                if (!stage_.isForeign(record) && (!isLoad || record.bRequest == SET_CUR))
+                    requests_.push_back(wireText(record));
+            stage_.camera.clearRequests();
+            std::ranges::move(stage_.log.take(isLoad ? "CameraControl" : ""),
+                              std::back_inserter(log_));
+            expect(box.said() == std::exchange(question_, {}), "the box said: " + box.said());
+        };
     }
 
-    /// Breaks one thing of the camera, as the statement says.
-    void plant(virtualcam::Faults& faults) {
-        using virtualcam::Faults;
-        static const std::map<std::string, IOReturn Faults::*> steps{
-            {"deviceCreatePlugIn", &Faults::deviceCreatePlugIn},
-            {"deviceQueryInterface", &Faults::deviceQueryInterface},
-            {"deviceInterfaces", &Faults::deviceInterfaces},
-            {"interfaceCreatePlugIn", &Faults::interfaceCreatePlugIn},
-            {"interfaceQueryInterface", &Faults::interfaceQueryInterface},
-            {"interfaceOpen", &Faults::interfaceOpen}};
-        if (part_[1].matched)
-            (part_[1] == "length" ? faults.lengths
-                                  : faults.shortReads)[*controlsIn(part_[2]).begin()] =
-                static_cast<std::uint16_t>(std::stoi(part_[3]));
-        else if (part_[4] == "noVideoControl")
-            faults.noVideoControl = true;
-        else if (part_[4] == "delay")
-            faults.delay = std::chrono::milliseconds(std::stoi(part_[5]));
-        else
-            faults.*steps.at(part_[4]) = std::stoi(part_[5]);
-        stage_.camera.setWait([](auto) {});
+    void open() {
+        expect(OpenCameraByUniqueID(part_.str(1)) == number(2), "it came to another end");
     }
 
     /// Transfers what the statement says. Behind the room for it the sanitizer watches.
     void transfer() {
-        const QByteArray given = QByteArray::fromHex(part_.str(4).c_str());
-        std::vector<std::uint8_t> room(given.begin(), given.end());
-        const auto kind = static_cast<std::uint32_t>(std::stoi(part_[2]));
-        const auto status = Capture_Transfer(static_cast<std::uint32_t>(std::stoi(part_[3])),
-                                             part_[1] == "write" ? 1 : 0, room.data(),
-                                             static_cast<std::uint32_t>(room.size()), kind);
-        if (status != (part_[6].matched ? 1 : 0) || g_dataBuffer != nullptr)
-            throw std::runtime_error("it came to another end");
-        if (part_[5].matched &&
-            QByteArray(reinterpret_cast<const char*>(room.data()), std::ssize(room)).toHex() !=
-                part_.str(5).c_str())
-            throw std::runtime_error("something else was read");
-    }
-
-    /// Does something, once all that came of what was done before has been expected.
-    void act(const std::function<void()>& deed) {
-        expectNothingMore();
-        const NextBox box(std::exchange(answer_, QMessageBox::RejectRole));
-        deed();
-        QCoreApplication::processEvents();
-        stage_.camera.setWait([](auto) {});
-        traces_.clear();
-        std::erase(log_, "");  // what was as it should be meanwhile
-        collect(statement_ == "load");
-        if (box.said() != std::exchange(question_, {}))
-            throw std::runtime_error("the box said: " + box.said());
-    }
-
-    /// Takes in what has reached the camera and the log. What a load reads and traces is left out.
-    void collect(bool loaded) {
-        static const std::regex traces("(g_length|bmRequestType2|intval:|set:length:|viewLayer).*");
-        for (const auto& record : stage_.camera.requests())
-            if (!stage_.isForeign(record) && (!loaded || record.bRequest == SET_CUR))
-                requests_.push_back(wireText(record));
-        stage_.camera.clearRequests();
-        for (const std::string& line : stage_.log.take(loaded ? "CameraControl" : ""))
-            if (std::regex_match(line, traces))
-                traces_.insert(line);
-            else
-                log_.push_back(line);
+        std::vector<std::uint8_t> room = bytes(4);
+        const auto status = Capture_Transfer(static_cast<std::uint32_t>(number(3)),
+                                             part_[1] == "read" ? captureRead : captureWrite,
+                                             room.data(), static_cast<std::uint32_t>(room.size()),
+                                             static_cast<std::uint32_t>(number(2)));
+        expect(status == (part_[6].matched ? 1 : 0) && g_dataBuffer == nullptr,
+               "it came to another end");
+        expect(!part_[5].matched || room == bytes(5), "something else was read");
     }
 
     const Stage& stage_;
-    std::string statement_;
+    WindowHands& hands_ = stage_.hands;
     std::smatch part_;  // of the statement
     QMessageBox::ButtonRole answer_ = QMessageBox::RejectRole;
     std::string question_;  // what the next box is to say
     std::deque<std::string> requests_;
     std::deque<std::string> log_;
-    std::set<std::string> traces_;  // of the last deed
     std::set<std::string> unseen_;  // what widgets are to show meanwhile
+
+    const std::vector<Statement> statements_ = {
+        {"> (.*)", [this] { expectNext(requests_, part_[1]); }},
+        {"log (.*)", [this] { expectLine(); }},
+        {"skip (\\d+)", [this] { expectRequests(); }},
+        {"m_.*", [this] { expectWidgets(); }},
+        {"meanwhile (.*)", [this] { expectWidgetsMeanwhile(); }},
+        {"forget", [this] { forget(); }},
+        {"answer (OK|Cancel) (.*)", [this] { answerNextBox(); }},
+        {"mend", fault([](Faults& faults) { faults = {}; })},
+        {"stall (.*)", fault([this](Faults& faults) { faults.stalled = controlsIn(part_[1]); })},
+        {"length (\\S+) (\\d+)", fault([this](Faults& faults) {
+             faults.lengths[control(1)] = static_cast<std::uint16_t>(number(2));
+         })},
+        {"short (\\S+) (\\d+)", fault([this](Faults& faults) {
+             faults.shortReads[control(1)] = static_cast<std::uint16_t>(number(2));
+         })},
+        {"delay (\\d+)",
+         fault([this](Faults& faults) { faults.delay = std::chrono::milliseconds(number(1)); })},
+        {"fail noVideoControl", fault([](Faults& faults) { faults.noVideoControl = true; })},
+        {"fail deviceCreatePlugIn (\\d+)", fault(&Faults::deviceCreatePlugIn)},
+        {"fail deviceQueryInterface (\\d+)", fault(&Faults::deviceQueryInterface)},
+        {"fail deviceInterfaces (\\d+)", fault(&Faults::deviceInterfaces)},
+        {"fail interfaceCreatePlugIn (\\d+)", fault(&Faults::interfaceCreatePlugIn)},
+        {"fail interfaceQueryInterface (\\d+)", fault(&Faults::interfaceQueryInterface)},
+        {"fail interfaceOpen (\\d+)", fault(&Faults::interfaceOpen)},
+        {"load", act(stage_.loadPages, true)},
+        {"click (\\S+)", act([this] { hands_.click(part_[1]); })},
+        {"choose (\\S+) (\\S+)", act([this] { hands_.choose(part_[1], part_[2]); })},
+        {"move (\\S+) (\\S+)", act([this] { hands_.moveSlider(part_[1], number(2)); })},
+        {"untick (\\S+)",
+         act([this] { hands_.slider(part_[1]).setTickPosition(QSlider::NoTicks); })},
+        {"maximum (\\S+) (\\S+)", act([this] { hands_.slider(part_[1]).setMaximum(number(2)); })},
+        {"set (\\d+/\\d+) ([ 0-9a-f]+)",
+         act([this] { setInCamera(stage_.camera, control(1), bytes(2)); })},
+        {"open (.+) = (\\d)", act([this] { open(); })},
+        {"(read|write) (-?\\d)/(\\d+) ([0-9a-f]+)(?: = ([0-9a-f]+)| (fails))?",
+         act([this] { transfer(); })},
+    };
 };
 
 }  // namespace
