@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QAccessible>
 #include <QTest>
 
 #include "tests/support/WindowFixture.h"
@@ -16,36 +15,32 @@ class SliderPaceTest : public testing::Test {
   protected:
     SliderPaceTest() { fixture.open(); }
 
-    void setByAssistance(int value) {
-        QAccessible::queryAccessibleInterface(&slider)->valueInterface()->setCurrentValue(value);
-    }
-
     WindowFixture fixture;
     QSlider& slider = fixture.slider("m_sliderBright");
 };
 
 TEST_F(SliderPaceTest, TheLastPositionGoesOnceAndBeforeWhatIsDoneNext) {
-    setByAssistance(42);
-    setByAssistance(43);  // the one before is not worth sending any more
+    slider.setValue(42);
+    slider.setValue(43);  // the one before is not worth sending any more
     EXPECT_THAT(fixture.requests(), IsEmpty());
     EXPECT_THAT(fixture.sent(), ElementsAre("21 01 0200 0300 2 | 2b 00"));
-    setByAssistance(4);
+    slider.setValue(4);
     fixture.slider("m_sliderGama").setValue(100);
-    setByAssistance(3);
+    slider.setValue(3);
     EXPECT_THAT(fixture.sent(),
                 ElementsAre("21 01 0200 0300 2 | 03 00", "21 01 0900 0300 2 | 64 00"));
-    setByAssistance(5);
+    slider.setValue(5);
     fixture.button("m_btn50HZ").click();
     EXPECT_THAT(fixture.sent(), ElementsAre("21 01 0200 0300 2 | 05 00", "21 01 0500 0300 1 | 01"));
-    setByAssistance(7);
+    slider.setValue(7);
     fixture.controller().m_sliderBright.setIntValue(9);
     EXPECT_EQ(slider.value(), 9);
     EXPECT_THAT(fixture.sent(), ElementsAre("21 01 0200 0300 2 | 07 00"))
         << "9 is the program's own";
-    setByAssistance(8);
+    slider.setValue(8);
     fixture.window().close();
     EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 08 00"));
-    setByAssistance(6);
+    slider.setValue(6);
     fixture.stop();  // the window goes
     EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | 06 00"));
 }
