@@ -1,5 +1,7 @@
 """A person at the desk: finds widgets by what they are called, works them and looks at them and at
-the screen. With what they are worked, and how the screen is seen, is each display's own matter."""
+the screen. With what they are worked, and how the screen is seen, is each display's own matter:
+under X there are a mouse and a keyboard; into Wayland no hand reaches in from outside, so that all
+is done by assistive technology there, and the compositor is asked to close the window."""
 
 import atexit
 import contextlib
@@ -75,6 +77,17 @@ class Desk:
     def press(self, kind, name):
         self.click(self.find(kind, name))
 
+    def answer(self, question, agreed):
+        """Answers a box by one of its buttons, and waits until it is gone."""
+        self.find("label", question)
+        box = self.until(lambda: next(
+            (window for window in self._windows()
+             if window != self.window and has(window, "ACTIVE")), None))
+        button = "OK" if agreed else "Cancel"
+        self.click(next(widget for widget in descendants(box)
+                        if kind_of(widget) == "button" and widget.get_name() == button))
+        self.until(lambda: has(self.window, "ACTIVE"))
+
     def wait_number(self, name, number):
         """Waits until the slider shows the number, and the text or list beside it too."""
         slider = self.find("slider", name)
@@ -99,6 +112,65 @@ class Desk:
         status = self._process.wait(SECONDS)
         self._log.seek(0)
         return status, self._log.readlines()
+
+
+class XDesk(Desk):
+    WORKED = ("combo box", "button", "check box", "radio button", "slider", "page tab list",
+              "label")
+
+    def controls(self):
+        """The widgets that can be worked now, in the order of the window."""
+        return [widget for widget in descendants(self.window)
+                if kind_of(widget) in self.WORKED
+                and all(has(widget, state) for state in ("FOCUSABLE", "SHOWING", "ENABLED"))]
+
+    def choose(self, name, item):
+        """Picks an item in the list beside a slider."""
+        box = next(widget for widget in beside(self.find("slider", name))
+                   if kind_of(widget) == "combo box")
+        self.click(box)
+        choices = children(box)[0]
+        self.until(lambda: has(choices, "SHOWING"))
+        self.click(next(choice for choice in children(choices) if choice.get_name() == item))
+
+    def click(self, widget):
+        self.hand("mousemove", *middle(widget), "click", 1)
+
+    def drag(self, slider, fraction):
+        """Drags a slider's handle from the middle to this part of the slider's length."""
+        x, y = middle(slider)
+        there = extents(slider).x + extents(slider).width * fraction
+        self.hand("mousemove", x, y, "mousedown", 1, "mousemove", int(there), y, "mouseup", 1)
+
+    @staticmethod
+    def hand(*words):
+        subprocess.run(["xdotool", *map(str, words)], check=True)
+
+    @staticmethod
+    def photograph(kind, area=None):
+        """Returns a picture of an area of the screen, or of all of it."""
+        crop = ["-crop", f"{area.width}x{area.height}+{area.x}+{area.y}"] if area else []
+        return subprocess.check_output(
+            ["import", "-silent", "-window", "root", *crop, "-depth", "8", f"{kind}:-"])
+
+    def close_window(self):
+        area = extents(self.window)
+        self.hand("mousemove", area.x + area.width - 8, area.y - 10, "click", 1)
+
+
+class WaylandDesk(Desk):
+    @staticmethod
+    def click(widget):
+        widget.get_action_iface().do_action(0)
+
+    @staticmethod
+    def photograph(kind, area=None):
+        crop = ["-g", f"{area.x},{area.y} {area.width}x{area.height}"] if area else []
+        return subprocess.check_output(["grim", "-t", kind, *crop, "-"])
+
+    @staticmethod
+    def close_window():
+        subprocess.run(["swaymsg", "--quiet", "[title=Quelvo] kill"], check=True)
 
 
 def children(widget):
