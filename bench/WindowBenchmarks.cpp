@@ -166,7 +166,7 @@ void openCamera(benchmark::State& state) {
     });
     fixture.camera().setFaults(
         {.delay = std::chrono::milliseconds(state.range(0)), .videoOpen = "It sends no pictures."});
-    auto& openButton = fixture.buttonSending("OnBtnOpenCamera:");
+    auto& openButton = fixture.button("OnBtnOpenCamera:");
     Milliseconds total{0};
     for ([[maybe_unused]] auto iteration : state) {
         const auto start = Clock::now();

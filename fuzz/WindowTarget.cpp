@@ -162,7 +162,7 @@ struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
     /// Lets one thing happen: by the user's hand, on the bus or in the camera.
     void step() {
         const std::function<void()> deeds[] = {
-            [this] { buttonSending("OnBtnOpenCamera:").click(); },
+            [this] { button("OnBtnOpenCamera:").click(); },
             [this] { list("m_cbxDevice").setEditText(QString::fromStdString(input.text())); },
             [this] { move(any<QSlider>()); },
             [this] { chooseIn(any<QComboBox>()); },

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QTest>
-
 #include "tests/support/WindowFixture.h"
 
 namespace {
@@ -59,25 +57,6 @@ TEST_F(SliderPaceTest, ASlowCameraSkipsPositionsOfADragButNeverTheLast) {
     EXPECT_THAT(fixture.requests(), IsEmpty());
     slider.setSliderDown(false);
     EXPECT_THAT(fixture.requests(), ElementsAre("21 01 0200 0300 2 | c8 00"));
-}
-
-// What the hand does meanwhile comes from the display, after what the program has posted itself.
-TEST_F(SliderPaceTest, KeysThatComeWhileTheCameraAnswersAreOneChange) {
-    const auto pressKeys = [&] {
-        for (int i = 0; i < 10; ++i)
-            QCoreApplication::postEvent(
-                &slider, new QKeyEvent(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier));
-    };
-    fixture.controller().m_sliderBright.setIntValue(60);
-    fixture.camera().setFaults({.delay = std::chrono::milliseconds(20)});
-    fixture.camera().setWait([&](auto) {
-        if (slider.value() == 61)
-            QMetaObject::invokeMethod(&slider, pressKeys, Qt::QueuedConnection);
-    });
-    QTest::keyClick(&slider, Qt::Key_Right);
-    EXPECT_TRUE(WindowFixture::waitUntil([&] { return slider.value() == 71; }));
-    EXPECT_THAT(fixture.sent(),
-                ElementsAre("21 01 0200 0300 2 | 3d 00", "21 01 0200 0300 2 | 47 00"));
 }
 
 }  // namespace

@@ -4,6 +4,10 @@
 #include <memory>
 
 #include "app/ViewController.h"
+#include "camera/UVCCameraControl.h"
+#include "devices/CameraList.h"
+#include "devices/CaptureSession.h"
+#include "platform/AVCaptureSession.h"
 #include "platform/qt/Interface.h"
 #include "tests/support/CameraFixture.h"
 #include "tests/support/WindowHands.h"
@@ -17,15 +21,27 @@ class LiveWindow : public WindowHands {
     ~LiveWindow() override { stop(); }
 
     /// Does what the application loop does at start-up, and forgets nothing of the log.
-    void start();
+    void start() {
+        controller_->viewDidLoad();
+        window().show();
+    }
     /// Lets go of the window and of the back ends.
-    void stop();
+    void stop() {
+        window_.reset();
+        controller_.reset();
+        g_captureSession.reset();
+        g_uvcCamera.reset();
+        g_deviceList.clear();
+    }
 
     ViewController& controller() { return *controller_; }
     QWidget& window() override { return window_->widget(); }
 
     /// Waits until the preview has a picture.
-    static void awaitPicture();
+    static void awaitPicture() {
+        if (!waitUntil([] { return g_captureSession->latestFrame() != nullptr; }))
+            throw std::runtime_error("no picture comes");
+    }
 
   private:
     std::unique_ptr<ViewController> controller_ = std::make_unique<ViewController>();
@@ -44,7 +60,11 @@ class WindowFixture : public CameraFixture, public LiveWindow {
     }
 
     /// Presses the open button, and forgets the log and the requests.
-    void pressOpen();
+    void pressOpen() {
+        click("OnBtnOpenCamera:");
+        log().take();
+        requests();
+    }
 
     /// What was sent to the camera once all that is queued has been handled.
     std::vector<std::string> sent() {

@@ -2,11 +2,12 @@
 
 #include <QApplication>
 
-QAbstractButton& WindowHands::buttonSending(const std::string& action) {
+QAbstractButton& WindowHands::button(const std::string& name) {
     for (auto* candidate : window().findChildren<QAbstractButton*>())
-        if (candidate->property("action").toString() == QString::fromStdString(action))
+        if (name == candidate->objectName().toStdString() ||
+            name == candidate->property("action").toString().toStdString())
             return *candidate;
-    throw std::runtime_error("no button sends " + action);
+    throw std::runtime_error("no such button: " + name);
 }
 
 std::string WindowHands::shown(const std::string& name) {
@@ -45,7 +46,7 @@ void WindowHands::choose(const std::string& name, const std::string& title) {
 }
 
 void WindowHands::click(const std::string& name) {
-    (name.ends_with(':') ? buttonSending(name) : button(name)).click();
+    button(name).click();
     QCoreApplication::processEvents();
 }
 

@@ -21,10 +21,8 @@ class WindowHands {
 
     QSlider& slider(const std::string& name) { return *find<QSlider>(name); }
     QComboBox& list(const std::string& name) { return *find<QComboBox>(name); }
-    QAbstractButton& button(const std::string& name) { return *find<QAbstractButton>(name); }
-
-    /// The button without an outlet that sends this action.
-    QAbstractButton& buttonSending(const std::string& action);
+    /// A button by its outlet, or by the action that it sends ("OnBtnRestore:").
+    QAbstractButton& button(const std::string& name);
 
     /// The number or the text that a widget shows: a slider, a list, a label or a button's state.
     std::string shown(const std::string& name);
@@ -36,7 +34,6 @@ class WindowHands {
     /// Moves a slider as the user does with the keyboard, and lets its action be sent.
     void moveSlider(const std::string& name, int number);
     void choose(const std::string& name, const std::string& title);
-    /// Clicks the button of an outlet, or the one that sends an action ("OnBtnRestore:").
     void click(const std::string& name);
 
     /// Handles events until `condition` holds; false when it does not within some time. Woken by
