@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 #include <numeric>
 #include <sstream>
 
@@ -76,30 +75,17 @@ constexpr PictureSize size{128, 96};
 /// Draws the pictures of pictures.txt below each other.
 QImage drawPictures() {
     std::vector<std::uint32_t> pixels;
-    std::map<std::string, std::vector<std::uint8_t>> controls;  // unit, selector, bytes of a number
     const auto generator = makeSceneGenerator(size);
     forEachRow("pictures.txt", [&](const std::string& row) {
-        std::istringstream words(row);
-        std::string word;
-        words >> word;
-        if (word == "control") {
-            words >> word;
-            for (int number = 0; words >> number;)
-                controls[word].push_back(static_cast<std::uint8_t>(number));
-            return;
-        }
-        const std::uint64_t index = std::stoull(word);
         VirtualCamera camera(studioCamera());
-        while (std::getline(words >> std::ws, word, '=')) {
-            const auto& control = controls.at(word);
-            std::vector<std::uint8_t> value;
-            do {
-                int number = 0;
-                words >> number;
-                for (int byte = 0; byte < control.at(2); ++byte)
-                    value.push_back(static_cast<std::uint8_t>(number >> 8 * byte));
-            } while (words.get() == ',');
-            setInCamera(camera, {control[0], control[1]}, value);
+        std::istringstream words(row);
+        std::uint64_t index = 0;
+        words >> index;
+        for (std::string word; words >> word;) {
+            ControlId control{};
+            std::sscanf(word.c_str(), "%hhu/%hhu", &control.unit, &control.selector);
+            const QByteArray value = QByteArray::fromHex(word.substr(word.find('=')).c_str());
+            setInCamera(camera, control, {value.begin(), value.end()});
         }
         constexpr std::size_t count = std::size_t{size.width} * size.height;
         pixels.resize(pixels.size() + count);
