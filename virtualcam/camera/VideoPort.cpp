@@ -6,23 +6,12 @@ namespace virtualcam {
 
 bool VideoPort::claim() {
     const std::lock_guard lock(mutex_);
-    if (attached_ && !claimed_)
-        failure_.clear();
     return !std::exchange(claimed_, true);
 }
 
 void VideoPort::release() {
     const std::lock_guard lock(mutex_);
     claimed_ = false;
-}
-
-bool VideoPort::fail(const std::string& reason) {
-    const std::lock_guard lock(mutex_);
-    if (!claimed_)
-        return false;
-    failure_ = reason;
-    changed_.notify_all();
-    return true;
 }
 
 void VideoPort::detach() {

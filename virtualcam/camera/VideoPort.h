@@ -15,9 +15,6 @@ class VideoPort {
     bool claim();
     void release();
 
-    /// Ends the pictures of the source that runs, with `reason`; false when none runs.
-    bool fail(const std::string& reason);
-
     /// Ends the pictures for good: the camera is no longer there.
     void detach();
     bool isAttached() const;

@@ -157,12 +157,6 @@ void VirtualBus::announceVanished() {
     }
 }
 
-bool VirtualBus::failVideo(const std::shared_ptr<VirtualCamera>& camera,
-                           const std::string& reason) {
-    const auto attachment = find(camera);
-    return attachment && attachment->plug.video->fail(reason);
-}
-
 std::shared_ptr<VirtualBus::Attachment> VirtualBus::find(
     const std::shared_ptr<VirtualCamera>& camera) const {
     const auto found = std::ranges::find_if(

@@ -43,9 +43,6 @@ class VirtualBus {
     /// both lists already; the system's notice of it comes later, from the main loop.
     void announceVanished();
 
-    /// Makes the running picture of `camera` end with `reason`. Returns whether it was running.
-    bool failVideo(const std::shared_ptr<VirtualCamera>& camera, const std::string& reason);
-
   private:
     struct Attachment;
     class UsbSide;
