@@ -8,7 +8,6 @@
 #include "camera/ControlTable.h"
 #include "pages/vendor/ShowAlert.h"
 #include "pages/vendor/VendorPage.h"
-#include "pages/vendor/VersionLabel.h"
 #include "tests/support/Exchanges.h"
 #include "tests/support/WindowFixture.h"
 
@@ -60,21 +59,18 @@ INSTANTIATE_TEST_SUITE_P(Pages, ExchangeTest,
                                                          "direct")),
                          [](const auto& exchange) { return exchange.param.name; });
 
-TEST(ShowAlertTest, AsksInPlainTextAndTakesACloseForTheOnlyOtherAnswer) {
-    const auto ask = [](int withCancel, QMessageBox::ButtonRole answer) {
-        const NextBox box(answer);
-        const int result = ShowAlert("Notice", "<b>?</b>", withCancel);
-        return box.said() + " " + box.look() + " " + std::to_string(result);
-    };
-    EXPECT_EQ(ask(1, QMessageBox::AcceptRole), "  0") << "there is no window to show it on";
+TEST(ShowAlertTest, AsksInPlainTextAndTakesACloseForARefusal) {
     const WindowFixture fixture;
-    EXPECT_EQ(ask(1, QMessageBox::AcceptRole), "Notice: <b>?</b> plain OK Cancel 1");
-    for (const auto answer : {QMessageBox::RejectRole, QMessageBox::InvalidRole})
-        EXPECT_EQ(ask(1, answer), "Notice: <b>?</b> plain OK Cancel 0");
-    EXPECT_EQ(ask(2, QMessageBox::InvalidRole), "Notice: <b>?</b> plain OK 1");
+    for (const auto& [answer, result] : {std::pair{QMessageBox::AcceptRole, 1},
+                                         {QMessageBox::RejectRole, 0},
+                                         {QMessageBox::InvalidRole, 0}}) {
+        const NextBox box(answer);
+        EXPECT_EQ(ShowAlert("Notice", "<b>?</b>", 1), result);
+        EXPECT_EQ(box.said() + ' ' + box.look(), "Notice: <b>?</b> plain OK Cancel");
+    }
 }
 
-TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
+TEST(VersionLabelTest, NamesTheHardwareByItsFirmwareInPlainText) {
     for (const auto& [version, label] : {std::pair{"V9.2.4", "v3 V9.2.4"},
                                          {"", ""},
                                          {"V8.1.2", "v2 V8.1.2"},
@@ -82,16 +78,17 @@ TEST(VersionLabelTest, NamesTheHardwareByItsFirmware) {
                                          {"1.0.5", "v1 SOC:V1.0.5"},
                                          {"SOC1.0.5", "SOC1.0.5"},
                                          {"v9.2.", "v9.2."},
-                                         {"V9.\xFF\xC3", "v3 V9.\uFFFD\uFFFD"}})
-        EXPECT_EQ(versionLabel(0, version), label);
-    // A text that fills its buffer, and is no markup.
-    virtualcam::CameraModel model = virtualcam::studioCamera();
-    model.version = "<b>3.45678901234567</b>!";
-    WindowFixture fixture(model);
-    fixture.open();
-    InitXUPage(fixture.controller());
-    EXPECT_EQ(fixture.shown("m_lableVersion"), model.version);
-    EXPECT_EQ(fixture.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
+                                         {"V9.\xFF\xC3", "v3 V9.\uFFFD\uFFFD"},
+                                         {"<b>3.45678901234567</b>!",  // as long as its buffer
+                                          "<b>3.45678901234567</b>!"}}) {
+        virtualcam::CameraModel model = virtualcam::studioCamera();
+        model.version = version;
+        WindowFixture fixture(model);
+        fixture.open();
+        InitXUPage(fixture.controller());
+        EXPECT_EQ(fixture.shown("m_lableVersion"), label);
+        EXPECT_EQ(fixture.find<QLabel>("m_lableVersion")->textFormat(), Qt::PlainText);
+    }
 }
 
 }  // namespace
