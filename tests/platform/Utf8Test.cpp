@@ -1,17 +1,12 @@
-// What all back ends share: texts and notifications.
+// What may stand in a text that a device gives.
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <QString>
 
-#include "platform/NSNotificationCenter.h"
 #include "platform/Utf8.h"
-#include "platform/backend/Backends.h"
-#include "platform/backend/CaptureBackend.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 TEST(Utf8Test, IsValidWhereAnotherDecoderSaysSo) {
     for (unsigned pair = 0; pair < 0x10000; ++pair) {
@@ -37,35 +32,6 @@ TEST(Utf8Test, PrintsAllButControlsLineBreaksAndMarksOfDirection) {
         });
         ASSERT_EQ(platform::printableUtf8(text), goes ? " " : text) << std::hex << +character;
     }
-}
-
-struct Observer : NSObject {
-    void hear(const NSNotification& notification) { heard.emplace_back(notification.name); }
-    std::vector<std::string> heard;
-};
-
-TEST(NotificationTest, DevicesAreAnnouncedAsLongAsSomebodyListens) {
-    struct : platform::CaptureBackend {
-        std::vector<std::shared_ptr<platform::CaptureDevice>> devices() override { return {}; }
-        void setListener(platform::CaptureListener* chosen) override { listener = chosen; }
-        platform::CaptureListener* listener = nullptr;
-    } capture;
-    platform::installBackends({nullptr, &capture, nullptr});
-    auto& center = NSNotificationCenter::defaultCenter();
-    for (int round = 0; round < 2; ++round) {
-        Observer stays;
-        {
-            Observer goes;
-            center.addObserver(goes, &Observer::hear, "left", nullptr);
-            center.addObserver(stays, &Observer::hear, "arrived", nullptr);
-        }
-        ASSERT_NE(capture.listener, nullptr);
-        center.postNotification({"left", {}});
-        center.postNotification({"arrived", {}});
-        EXPECT_THAT(stays.heard, ElementsAre("arrived"));
-    }
-    EXPECT_EQ(capture.listener, nullptr);
-    platform::installBackends({});
 }
 
 }  // namespace
