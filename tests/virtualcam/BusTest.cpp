@@ -32,7 +32,7 @@ TEST(BusTest, OneProgramAtATimeHasTheVideoUntilTheCameraIsPulledOut) {
     second.stopRunning();
     second.setSessionPreset({320, 239});
     second.startRunning();
-    EXPECT_TRUE(WindowHands::waitUntil([&] { return second.latestFrame() != nullptr; }));
+    ASSERT_TRUE(WindowHands::waitUntil([&] { return second.latestFrame() != nullptr; }));
     EXPECT_EQ(second.latestFrame()->width, 160);
     fixture.bus().unplug(fixture.cameraReference());
     awaitError("The camera has been unplugged.");
