@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/backend/CaptureBackend.h"
 #include "platform/backend/UsbBackend.h"
 #include "tests/support/Footprint.h"
 #include "tests/support/WindowFixture.h"
@@ -36,6 +37,7 @@ TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
     };
     for (; isPulledOut(); ++answered) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
+        EXPECT_THAT(fixture.bus().capture().devices(), testing::IsEmpty());
         EXPECT_THAT(fixture.requests(), testing::SizeIs(answered));
         EXPECT_GE(logged(requestFailed), 1);
         const bool shown = button != "OnBtnOpenCamera:" || logged("viewLayer") == 1;

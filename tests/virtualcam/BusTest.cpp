@@ -48,6 +48,8 @@ TEST(BusTest, OneHandleAtATimeHasAnInterfaceUntilTheCameraIsPulledOut) {
     IOUSBDevRequest request{};
     EXPECT_EQ(first[0]->controlRequest(request), EBADF);
     EXPECT_EQ(second[0]->open(), 0);
+    EXPECT_EQ(second[0]->open(), EBUSY);
+    EXPECT_EQ(first[0]->close(), 0) << "which is not open";
     EXPECT_EQ(first[0]->open(), EBUSY);
     EXPECT_EQ(first[1]->open(), 0) << "the other interface is free";
     second.clear();
