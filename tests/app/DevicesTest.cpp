@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "platform/AVCaptureSession.h"
@@ -144,6 +145,8 @@ TEST(OpenTest, TakesTheFirstOfEqualNamesOrATypedIdentifier) {
     EXPECT_FALSE(fixture.requests().empty());
     EXPECT_EQ(fixture.controller().m_previewWnd.layer(), layer);
     EXPECT_EQ(g_captureSession->latestFrame(), nullptr);
+    fixture.bus().unplug(fixture.cameraReference());
+    EXPECT_TRUE(g_uvcCamera && g_captureSession) << "what is open stays until the next open";
     EXPECT_EQ(fixture.shown("m_textGama"), "238");
     open("");  // both pages are filled from no camera
     EXPECT_EQ(fixture.shown("m_lableVersion"), "Get device info failed!");
