@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr std::string_view requestFailed = "CameraControl Error";
 constexpr std::string_view previewFailed = "ERROR: trying to open camera: ";
 
 void awaitPreviewsEnd(WindowFixture& fixture) {
@@ -21,26 +20,22 @@ void awaitPreviewsEnd(WindowFixture& fixture) {
 class PulledOut : public testing::TestWithParam<std::string> {};
 
 TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
-    const std::string& button = GetParam();
     WindowFixture fixture;
     fixture.pressOpen();
     const auto logged = [&](std::string_view start) { return fixture.log().count(start); };
     unsigned answered = 0;
     const auto isPulledOut = [&] {
-        fixture.list("m_cbxDevice").setEditText(QStringLiteral("0x14200000e7a14c10"));
-        fixture.requests();
-        fixture.log().take();
         fixture.camera().setFaults({.vanishesAfter = answered});
         const NextBox yes(QMessageBox::AcceptRole);
-        fixture.click(button);
+        fixture.click(GetParam());
         return fixture.bus().usb().devices().empty();
     };
     for (; isPulledOut(); ++answered) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
         EXPECT_THAT(fixture.bus().capture().devices(), testing::IsEmpty());
         EXPECT_THAT(fixture.requests(), testing::SizeIs(answered));
-        EXPECT_GE(logged(requestFailed), 1);
-        const bool shown = button != "OnBtnOpenCamera:" || logged("viewLayer") == 1;
+        EXPECT_GE(logged("CameraControl Error"), 1);
+        const bool shown = GetParam() != "OnBtnOpenCamera:" || logged("viewLayer") == 1;
         if (shown)
             awaitPreviewsEnd(fixture);
         fixture.bus().announceVanished();
@@ -49,9 +44,8 @@ TEST_P(PulledOut, AtAnyRequestItIsToldAndTheNextOpenWorks) {
 
         fixture.camera().setFaults({});
         fixture.bus().plug(fixture.cameraReference());
-        fixture.log().take();
-        fixture.click("OnBtnOpenCamera:");
-        EXPECT_EQ(logged(requestFailed) + logged(previewFailed), 0);
+        fixture.pressOpen();
+        fixture.awaitPicture();
         EXPECT_EQ(fixture.shown("m_lableVersion"), "v3 V9.2.4");
     }
     EXPECT_GT(answered, 10);
