@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 
-#include <QApplication>
-#include <QPalette>
 #include <cstdlib>
 #include <fstream>
 #include <future>
@@ -29,10 +27,6 @@ const auto exchanges = readExchanges({"standard-page.txt", "vendor-page.txt"}, "
 const std::string before = whatCanBeDone();
 const std::vector<std::string> kept = platform::enterSandbox();
 
-bool isReadable(const std::string& path) {
-    return std::ifstream(path).good();
-}
-
 }  // namespace
 
 TEST(SandboxTest, LeavesOnlyWhatTheProgramNeeds) {
@@ -42,10 +36,10 @@ TEST(SandboxTest, LeavesOnlyWhatTheProgramNeeds) {
     EXPECT_EQ(prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0), 1);
     EXPECT_EQ(std::async(std::launch::async, whatCanBeDone).get(), "nothing");
     for (const char* file :
-         {"/.fonts/font", "/.Xauthority", "/.ICEauthority", "/.config/kdeglobals",
-          "/.local/share/icons/icon", "/.cache/fontconfig/cache", "/.config/ibus/bus/address"})
-        EXPECT_TRUE(isReadable(std::getenv("HOME") + std::string(file))) << file;
-    EXPECT_TRUE(std::fstream(QUELVO_TEST_HOME "/.cache/dconf/user").is_open()) << "to be written";
+         {".fonts/font", ".Xauthority", ".ICEauthority", ".config/kdeglobals",
+          ".local/share/icons/icon", ".cache/fontconfig/cache", ".config/ibus/bus/address"})
+        EXPECT_TRUE(std::ifstream(QUELVO_TEST_HOME "/" + std::string(file))) << file;
+    EXPECT_TRUE(std::fstream(QUELVO_TEST_HOME "/.cache/dconf/user")) << "to be written";
 }
 
 TEST(SandboxTest, TheWindowWorks) {
@@ -63,10 +57,4 @@ TEST(SandboxTest, TheWindowWorks) {
         perform(exchange, {fixture, fixture.camera(), fixture.log(), open,
                            [](const auto&) { return false; }});
     }
-    WindowFixture fixture;
-    const auto second = fixture.plugAnother("Second");
-    EXPECT_EQ(fixture.list("m_cbxDevice").count(), 2);
-    QApplication::setPalette(QPalette(Qt::black, Qt::black));
-    QApplication::processEvents();
-    EXPECT_LT(fixture.window().grab().toImage().pixelColor(1, 1).lightness(), 100);
 }
