@@ -27,30 +27,34 @@ std::vector<std::string> readAsShell(const std::string& text) {
     return copies;
 }
 
-/// Makes a system call, and takes away again what it has made. Returns 0, or an errno value.
+/// Makes a system call. What copies the process ends the copy.
+long made(const std::string& name, const long (&arguments)[6]) {
+    const int number = seccomp_syscall_resolve_name(name.c_str());
+    const auto& [a, b, c, d, e, f] = arguments;
+    // The copy that vfork makes uses this stack as well, and may not return from a function.
+    const long result = name == "vfork" ? vfork() : syscall(number, a, b, c, d, e, f);
+    if (result == 0 && name.ends_with("fork"))
+        _exit(0);
+    return result;
+}
+
+/// Makes a system call, and takes away again what that has made. Returns 0, or an errno value.
 int errorOf(const std::string& name, const std::vector<std::string>& words) {
-    const bool opens = name == "openat" || name == "socket";
-    const bool copies = name.ends_with("fork");
     long arguments[6] = {};
     for (std::size_t i = 0; i < words.size(); ++i)
         arguments[i] = words[i][0] == '/' ? reinterpret_cast<long>(words[i].c_str())
                                           : std::stol(words[i], nullptr, 0);
-    const auto& [a, b, c, d, e, f] = arguments;
-    // The copy that vfork makes uses this stack as well, and may not return from a function.
-    const long result = name == "vfork"
-                            ? vfork()
-                            : syscall(seccomp_syscall_resolve_name(name.c_str()), a, b, c, d, e, f);
-    const int error = result < 0 ? errno : 0;
-    if (copies && result == 0)
-        _exit(0);
-    if (copies && result > 0)
-        waitpid(static_cast<pid_t>(result), nullptr, 0);
-    if (opens && result >= 0)
-        close(static_cast<int>(result));
+    const int result = static_cast<int>(made(name, arguments));
+    if (result < 0)
+        return errno;
+    if (name.ends_with("fork"))
+        waitpid(result, nullptr, 0);
+    if (name == "openat" || name == "socket")
+        close(result);
     for (const std::string& word : words)
-        if (std::error_code ignored; word.find("/quelvo-attempt-") != std::string::npos)
-            std::filesystem::remove(word, ignored);
-    return error;
+        if (word.find("/quelvo-attempt-") != std::string::npos)
+            std::filesystem::remove(word);
+    return 0;
 }
 
 }  // namespace
