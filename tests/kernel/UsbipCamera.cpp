@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <stdexcept>
 
 namespace {
@@ -74,16 +76,14 @@ UsbipCamera::~UsbipCamera() {
 }
 
 void UsbipCamera::serve() {
+    pollfd message{socket_, POLLIN, 0};
     for (bool connected = true; connected;) {
-        pollfd message{socket_, POLLIN, 0};
-        const int pause = sent_ == picture_.size() ? picturePause : 0;
-        if (poll(&message, 1, reads_.empty() ? -1 : pause) != 0) {
+        if (poll(&message, 1, reads_.empty() ? -1 : picturePause) != 0) {
             connected = receive();
         } else {
-            const auto [sequence, room] = *reads_.begin();
-            const Bytes data = payload(room);
-            write(submit, sequence, 0, data.size(), data);
-            reads_.erase(sequence);
+            const Bytes data = nextPayload();
+            write(submit, reads_.front(), 0, data.size(), data);
+            reads_.pop_front();
         }
     }
     shutdown(socket_, SHUT_RDWR);
@@ -96,12 +96,12 @@ bool UsbipCamera::receive() {
         return false;
     const std::uint32_t sequence = ntohl(message.sequence);
     if (message.command == htonl(unlinking)) {
-        reads_.erase(ntohl(message.first));  // gets no other answer
+        std::erase(reads_, ntohl(message.first));  // gets no other answer
         write(unlinking, sequence, -ECONNRESET, 0, {});
         return true;
     }
     if (message.endpoint != 0) {
-        reads_[sequence] = ntohl(message.length);
+        reads_.push_back(sequence);
         return true;
     }
     const bool in = (message.setup.bRequestType & USB_DIR_IN) != 0;
@@ -129,12 +129,8 @@ IOReturn UsbipCamera::control(const usb_ctrlrequest& setup, Bytes& data) {
         data.resize(in ? request.wLenDone : length);
         return status;
     }
-    if (toClass && in)
-        data = answerOf("stream");
-    else if (toClass && value >> 8 == UVC_VS_COMMIT_CONTROL)
-        sent_ = pictures_ = 0, picture_.clear();  // a stream starts with a whole picture
-    else if (in && setup.bRequest == USB_REQ_GET_DESCRIPTOR)
-        data = answerOf(fmt::format("{:04x}", value));
+    if (in)
+        data = answerOf(toClass ? "stream" : fmt::format("{:04x}", value));
     data.resize(std::min<std::size_t>(data.size(), length));
     return data.empty() && length != 0 ? EPIPE : 0;
 }
@@ -158,45 +154,29 @@ UsbipCamera::Bytes UsbipCamera::answerOf(const std::string& name) const {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The next `room` bytes of the bulk endpoint, fewer at a picture's end: a header, whose lowest
-/// bits tell each picture from the next and mark its end, and a piece of the picture.
-UsbipCamera::Bytes UsbipCamera::payload(std::size_t room) {
-    if (sent_ == picture_.size()) {
-        picture_ = nextPicture();
-        sent_ = 0;
-    }
-    Bytes data(2 + std::min(room - 2, picture_.size() - sent_));
-    std::copy_n(picture_.begin() + static_cast<std::ptrdiff_t>(sent_), data.size() - 2,
-                data.begin() + 2);
-    sent_ += data.size() - 2;
-    data[0] = 2;
-    data[1] = static_cast<std::uint8_t>(UVC_STREAM_EOH | pictures_ % 2 |
-                                        (sent_ == picture_.size() ? UVC_STREAM_EOF : 0));
-    return data;
-}
-
-UsbipCamera::Bytes UsbipCamera::nextPicture() {
-    const auto clip = clips.find(format_);
+/// The next picture in a payload of its own: behind a header, whose lowest bit tells it from the
+/// one before.
+UsbipCamera::Bytes UsbipCamera::nextPayload() {
     const unsigned number = pictures_++;
-    if (clip == clips.end())
-        return ramp();
-    std::ifstream file(QUELVO_PICTURES "/" + clip->second[number % clip->second.size()]);
-    return {std::istreambuf_iterator<char>(file), {}};
+    Bytes payload{2, static_cast<std::uint8_t>(UVC_STREAM_EOH | UVC_STREAM_EOF | number % 2)};
+    if (const auto clip = clips.find(format_); clip != clips.end()) {
+        std::ifstream file(QUELVO_PICTURES "/" + clip->second[number % clip->second.size()]);
+        payload.insert(payload.end(), std::istreambuf_iterator<char>(file), {});
+    } else {
+        appendRamp(payload);
+    }
+    return payload;
 }
 
 /// A grey ramp from dark to bright in YUY2, which turns round with the horizontal flip. The
 /// camera's own scene takes an emulated machine too long.
-UsbipCamera::Bytes UsbipCamera::ramp() {
-    constexpr unsigned width = 320;
+void UsbipCamera::appendRamp(Bytes& payload) {
     const bool flipped = camera_.nextPicture().flipHorizontal != 0;
-    Bytes picture;
-    for (unsigned sample = 0; sample < width * 240; ++sample) {
-        const unsigned column = sample % width;
-        const unsigned along = flipped ? width - 1 - column : column;
-        picture.push_back(static_cast<std::uint8_t>(20 + along * 180 / width));
-        picture.push_back(128);
+    for (unsigned sample = 0; sample < 80 * 60; ++sample) {
+        const unsigned column = sample % 80;
+        const unsigned grey = 20 + 2 * (flipped ? 79 - column : column);
+        payload.insert(payload.end(), {static_cast<std::uint8_t>(grey), 128});
     }
-    return picture;
 }
 
 bool UsbipCamera::read(void* to, std::size_t length) const {

@@ -2,7 +2,7 @@
 
 #include <linux/usb/ch9.h>
 
-#include <map>
+#include <deque>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,9 +33,8 @@ class UsbipCamera {
     bool receive();
     IOReturn control(const usb_ctrlrequest& setup, Bytes& data);
     Bytes answerOf(const std::string& name) const;
-    Bytes payload(std::size_t room);
-    Bytes nextPicture();
-    Bytes ramp();
+    Bytes nextPayload();
+    void appendRamp(Bytes& payload);
     bool read(void* to, std::size_t length) const;
     void write(std::uint32_t command, std::uint32_t sequence, int status, std::size_t length,
                const Bytes& data) const;
@@ -43,9 +42,7 @@ class UsbipCamera {
     virtualcam::VirtualCamera camera_;
     const std::string format_;
     int socket_ = -1;
-    std::map<std::uint32_t, std::uint32_t> reads_;  // waiting on the bulk endpoint, and their room
-    unsigned pictures_ = 0;                         // since the stream was negotiated
-    Bytes picture_;                                 // the one under way
-    std::size_t sent_ = 0;                          // bytes of it
+    std::deque<std::uint32_t> reads_;  // waiting on the bulk endpoint
+    unsigned pictures_ = 0;            // that were sent
     std::thread thread_;
 };
