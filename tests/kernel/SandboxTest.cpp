@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <QProcess>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
@@ -17,7 +16,7 @@ namespace {
 constexpr const char* asked = "QUELVO_SANDBOXED";
 
 // Before there is a toolkit, which the entry of the tests makes.
-const bool entered = std::getenv(asked) != nullptr && setenv("HOME", QUELVO_TEST_HOME, 1) == 0 &&
+const bool entered = qEnvironmentVariableIsSet(asked) && qputenv("HOME", QUELVO_TEST_HOME) &&
                      platform::enterSandbox().empty();
 
 /// Waits until the other process says this line.
@@ -34,9 +33,7 @@ bool says(QProcess& other, const QByteArray& line) {
 TEST(Sandbox, ACameraThatComesIsShownAndNothingElseCanBeDone) {
     QProcess other;
     other.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(asked, "yes");
-    other.setProcessEnvironment(environment);
+    qputenv(asked, "yes");
     other.start(QCoreApplication::applicationFilePath(),
                 {"--gtest_filter=*Sandboxed", "--gtest_also_run_disabled_tests"});
     ASSERT_TRUE(says(other, "waiting"));

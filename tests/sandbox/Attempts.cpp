@@ -6,7 +6,6 @@
 #include <wordexp.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <vector>
@@ -60,23 +59,18 @@ int errorOf(const std::string& name, const std::vector<std::string>& words) {
 }  // namespace
 
 std::string whatCanBeDone() {
-    const auto program = std::filesystem::read_symlink("/proc/self/exe");
-    setenv("PROGRAM_FOLDER", program.parent_path().c_str(), 1);
     std::string could;
     bool anyRefused = false;
     std::istringstream lines(attempts);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream parts(line);
-        std::string refusal, name, words;
-        std::getline(parts >> refusal >> name, words);
-        if (line.starts_with('#') || seccomp_syscall_resolve_name(name.c_str()) < 0)
+    for (std::string refusal, name, words; std::getline(lines >> refusal >> name, words);) {
+        if (refusal == "#" || seccomp_syscall_resolve_name(name.c_str()) < 0)
             continue;
         const int error = errorOf(name, readAsShell(words));
         const bool isRefused =
             refusal.starts_with("ENOSYS") ? error == ENOSYS : error == EPERM || error == EACCES;
         anyRefused |= isRefused && !refusal.ends_with('?');
         if (!isRefused)
-            could += (could.empty() ? "" : ", ") + line;
+            could += (could.empty() ? "" : ", ") + name + words;
     }
     if (!anyRefused)
         return "everything";
