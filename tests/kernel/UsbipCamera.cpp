@@ -55,9 +55,8 @@ static_assert(sizeof(Header) == 48);
 
 UsbipCamera::UsbipCamera(virtualcam::CameraModel model, unsigned port, std::string format)
     : camera_(std::move(model)), format_(std::move(format)) {
-    int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        throw std::runtime_error("no pair of sockets");
+    int ends[2] = {-1, -1};  // which are no sockets
+    socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends);
     camera_.powerOn();
     // Port, connection, a number of the remote device that nothing looks at, and high speed.
     std::ofstream controller("/sys/devices/platform/vhci_hcd.0/attach");
@@ -141,15 +140,12 @@ UsbipCamera::Bytes UsbipCamera::answerOf(const std::string& name) const {
     const bool hasLens = model.controls.size() == virtualcam::studioControls().size();
     const std::string letters = fmt::format("{:02x}00", fmt::join(model.name, "00"));  // of ASCII
     const std::string format = digitsOf(format_);
-    const auto lengthWith = [&](std::size_t others) {
-        return htobe16(static_cast<std::uint16_t>(others + format.size() / 2));
-    };
-    const std::string digits = fmt::format(
-        fmt::runtime(digitsOf(name)), fmt::arg("vendor", htobe16(model.vendorID)),
-        fmt::arg("product", htobe16(model.productID)),
-        fmt::arg("lens", hasLens ? "2a0a02" : "0a0000"), fmt::arg("format", format),
-        fmt::arg("configurationLength", lengthWith(143)), fmt::arg("streamLength", lengthWith(20)),
-        fmt::arg("nameLength", 2 + letters.size() / 2), fmt::arg("name", letters));
+    const auto length = static_cast<std::uint16_t>(143 + format.size() / 2);
+    const std::string digits =
+        fmt::format(fmt::runtime(digitsOf(name)), fmt::arg("product", htobe16(model.productID)),
+                    fmt::arg("lens", hasLens ? "2a0a02" : "0a0000"), fmt::arg("format", format),
+                    fmt::arg("length", htobe16(length)),
+                    fmt::arg("nameLength", 2 + letters.size() / 2), fmt::arg("name", letters));
     const QByteArray bytes = QByteArray::fromHex(digits.c_str());
     return {bytes.begin(), bytes.end()};
 }
@@ -162,21 +158,12 @@ UsbipCamera::Bytes UsbipCamera::nextPayload() {
     if (const auto clip = clips.find(format_); clip != clips.end()) {
         std::ifstream file(QUELVO_PICTURES "/" + clip->second[number % clip->second.size()]);
         payload.insert(payload.end(), std::istreambuf_iterator<char>(file), {});
-    } else {
-        appendRamp(payload);
+    } else {  // YUY2. The camera's own scene takes an emulated machine too long.
+        const auto grey = static_cast<std::uint8_t>(124 + camera_.nextPicture().brightness / 4);
+        for (int pixel = 0; pixel < 80 * 60; ++pixel)
+            payload.insert(payload.end(), {grey, 128});
     }
     return payload;
-}
-
-/// A grey ramp from dark to bright in YUY2, which turns round with the horizontal flip. The
-/// camera's own scene takes an emulated machine too long.
-void UsbipCamera::appendRamp(Bytes& payload) {
-    const bool flipped = camera_.nextPicture().flipHorizontal != 0;
-    for (unsigned sample = 0; sample < 80 * 60; ++sample) {
-        const unsigned column = sample % 80;
-        const unsigned grey = 20 + 2 * (flipped ? 79 - column : column);
-        payload.insert(payload.end(), {static_cast<std::uint8_t>(grey), 128});
-    }
 }
 
 bool UsbipCamera::read(void* to, std::size_t length) const {

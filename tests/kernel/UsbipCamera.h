@@ -34,7 +34,6 @@ class UsbipCamera {
     IOReturn control(const usb_ctrlrequest& setup, Bytes& data);
     Bytes answerOf(const std::string& name) const;
     Bytes nextPayload();
-    void appendRamp(Bytes& payload);
     bool read(void* to, std::size_t length) const;
     void write(std::uint32_t command, std::uint32_t sequence, int status, std::size_t length,
                const Bytes& data) const;

@@ -25,7 +25,6 @@ namespace {
 using virtualcam::studioCamera;
 
 constexpr const char* requestFailed = "CameraControl Error: ";
-constexpr const char* timedOut = "CameraControl Error: Control request failed: 0000006e";
 constexpr const char* previewFailed = "ERROR: trying to open camera: ";
 
 class Window : public testing::Test, public KernelWindow {
@@ -49,10 +48,9 @@ class Window : public testing::Test, public KernelWindow {
         return names;
     }
 
-    /// Whether the latest picture's grey is brighter at its right edge than at its left one.
-    static bool isBrightAtTheRight() {
-        const auto pixels = pixelsOf(*g_captureSession->latestFrame());
-        return pixels.back() > pixels.front();
+    /// The latest picture's colour. What a decoder rounds off is rounded as well.
+    static std::uint32_t colour() {
+        return (pixelsOf(*g_captureSession->latestFrame()).back() + 0x040404U) & 0xFFF8F8F8U;
     }
 };
 
@@ -72,9 +70,10 @@ TEST_F(Window, SendsTheExchangesOfBothPages) {
     }
 }
 
-TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
-    const auto classic = plug(virtualcam::classicCamera(), 1);
-    const auto studio = plug(studioCamera(), 0);
+TEST_F(Window, OfSeveralCamerasTheChosenOneIsOpenedWithItsValuesAndItsPicture) {
+    const auto classic = plug(virtualcam::classicCamera(), 2);
+    const auto studio = plug(studioCamera(), 1);
+    const auto twin = plug(studioCamera(), 0);  // the first of the two by its name on the bus
     clickOpen();
     EXPECT_FALSE(isEnabled("m_sliderZoom"));
     EXPECT_EQ(shown("m_lableVersion"), "v1 SOC:V1.0.5");
@@ -82,35 +81,25 @@ TEST_F(Window, OpensTheCameraThatIsChosenWithItsValuesAndItsPicture) {
     log.take();
     perform(readExchanges({"page-load.txt"}, "kernel").at(0), studio->camera());
     awaitPicture();
-    EXPECT_TRUE(isBrightAtTheRight());
+    EXPECT_EQ(colour(), 0xFF808080);
     clickOpen();  // once more, while it streams
     awaitPicture();
     EXPECT_EQ(log.count("ERROR"), 0);
-    click("m_btnFlipH");  // of the camera that the control channel has, and so does the preview
-    EXPECT_TRUE(waitUntil([] { return !isBrightAtTheRight(); }));
+    moveSlider("m_sliderBright", 255);  // of the camera that the preview shows, too
+    EXPECT_TRUE(waitUntil([] { return colour() == 0xFFC8C8C8; }));
+    EXPECT_THAT(twin->camera().requests(), testing::IsEmpty());
 }
 
 // Pictures that are broken come among those of a clip.
 TEST_F(Window, ShowsEveryFormatInItsColoursAndSaysWhenThereIsNoneThatItKnows) {
-    const auto colour = [] {  // what a decoder rounds off is rounded as well
-        return (pixelsOf(*g_captureSession->latestFrame()).back() + 0x040404U) & 0xFFF8F8F8U;
-    };
-    struct Clip {
-        const char* format;
-        std::vector<std::uint32_t> colours;
-    };
-    for (const Clip& clip :
-         {Clip{"MJPEG", {0xFF2060C0}}, Clip{"H264", {0xFF2060B8, 0xFFC06020, 0xFF2060B8}}}) {
-        SCOPED_TRACE(clip.format);
+    for (const auto& [format, awaited] :
+         {std::pair{"MJPEG", 0xFF2060C0U}, std::pair{"H264", 0xFFC06020U}}) {
+        SCOPED_TRACE(format);
         EXPECT_TRUE(waitForCameras(0));
-        const auto plugged = plug(studioCamera(), 0, clip.format);
+        const auto plugged = plug(studioCamera(), 0, format);
         clickOpen();
         awaitPicture();
-        for (const std::uint32_t awaited : clip.colours)
-            EXPECT_TRUE(waitUntil([&] {
-                EXPECT_THAT(clip.colours, testing::Contains(colour()));
-                return colour() == awaited;
-            }));
+        EXPECT_TRUE(waitUntil([awaited = awaited] { return colour() == awaited; }));
         EXPECT_EQ(log.count("ERROR"), 0);
         g_captureSession->stopRunning();
     }
@@ -124,10 +113,9 @@ TEST_F(Window, ShowsEveryFormatInItsColoursAndSaysWhenThereIsNoneThatItKnows) {
     }));
 }
 
-// Its driver lets go of it, it is forbidden, another program shows it, it is silent.
+// Its driver lets go of it, it is forbidden, another program shows it.
 TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     const auto plugged = plug(studioCamera(), 0);
-    setInCamera(plugged->camera(), {3, PU_BRIGHTNESS_CONTROL}, {3, 0});
     clickOpen();
     awaitPicture();
     const std::filesystem::path driver = "/sys/bus/usb/drivers/uvcvideo";
@@ -153,64 +141,37 @@ TEST_F(Window, ACameraThatCannotBeUsedForAWhileWorksOnceItCan) {
     ASSERT_EQ(ioctl(other, VIDIOC_REQBUFS, &buffers), 0);
     clickOpen();
     EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) == 2; }));
-    EXPECT_EQ(shown("m_sliderBright"), "3");
-
-    log.take();
-    plugged->camera().setWait([](std::chrono::milliseconds) {});
-    plugged->camera().setFaults({.delay = virtualcam::controlTimeout});
-    moveSlider("m_sliderBright", 4);
-    plugged->camera().setFaults({});
-    moveSlider("m_sliderBright", 5);  // which is not sent
-    endRest();
-    moveSlider("m_sliderBright", 6);
-    EXPECT_THAT(log.take(requestFailed), testing::ElementsAre(timedOut, timedOut));
+    EXPECT_EQ(shown("m_lableVersion"), "v3 V9.2.4");
     close(other);
     clickOpen();
-    EXPECT_EQ(shown("m_sliderBright"), "6");
     awaitPicture();
-    EXPECT_EQ(log.count("ERROR"), 0);
+    EXPECT_EQ(log.count(previewFailed), 2);
 }
 
 // Of its own time-outs, the driver lets the window wait for two at the most.
 TEST_F(Window, WhereverACameraFallsSilentInAnOpenTheWindowIsBackSoonAndTheNextOpenWorks) {
-    std::atomic<int> answered = 0;
-    auto plugged = plug(studioCamera(), 0);
+    const auto plugged = plug(studioCamera(), 0);
     auto& camera = plugged->camera();
+    std::atomic<int> answered = 0;
     camera.setWait([&](std::chrono::milliseconds) {
         if (--answered == 0)
             camera.setFaults({.delay = virtualcam::controlTimeout});
     });
-    const auto expectBackSoon = [&](int after) {
+    for (const int after : {1, 3, 9, 20}) {
         SCOPED_TRACE(testing::Message() << "after " << after << " requests");
         answered = after;
         camera.setFaults({.delay = std::chrono::milliseconds(1)});
         const auto start = std::chrono::steady_clock::now();
         clickOpen();
         EXPECT_LT(std::chrono::steady_clock::now() - start, 3 * virtualcam::controlTimeout);
-        EXPECT_THAT(log.take(requestFailed), testing::Contains(timedOut));
-    };
-    for (const int after : {1, 9, 20}) {
-        expectBackSoon(after);
+        EXPECT_THAT(log.take(requestFailed),
+                    testing::Contains(testing::HasSubstr("request failed: 0000006e")));
         camera.setFaults({});
         endRest();
         clickOpen();
         EXPECT_EQ(log.count(requestFailed), 0);
         awaitPicture();
     }
-    expectBackSoon(3);
-    plugged.reset();
-    EXPECT_TRUE(waitForCameras(0));
-    expectSane();
-}
-
-TEST_F(Window, OfTwoOfOneProductTheFirstListedHasThePictureAndTheSettings) {
-    const auto first = plug(studioCamera(), 1);
-    const auto second = plug(studioCamera(), 0);  // the first by its name on the bus
-    clickOpen();
-    awaitPicture();
-    click("m_btnFlipH");
-    EXPECT_TRUE(waitUntil([] { return !isBrightAtTheRight(); }));
-    EXPECT_THAT(second->camera().requests(), testing::IsEmpty());
 }
 
 // The next one in the port is another camera, of which the open channel knows nothing.
@@ -234,8 +195,6 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
     slider("m_sliderGama").setSliderDown(false);
     EXPECT_GT(log.count(requestFailed), failed);
     EXPECT_THAT(next->camera().requests(), testing::IsEmpty());
-    clickOpen();
-    EXPECT_EQ(shown("m_textGama"), "238");
 }
 
 // From the first request, over the preview's start and the page load, to the moves of a slider.
@@ -269,6 +228,6 @@ TEST_F(Window, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
     }
     const Footprint after = Footprint::now();
     before.threads += 2;  // GLib keeps threads without work for a while
-    // A picture (300 KiB) may still be on its way to the window.
-    EXPECT_TRUE(after.isBackAt(before, std::size_t{400} * 1024)) << after << "; before: " << before;
+    // A picture (19 KiB) may still be on its way to the window.
+    EXPECT_TRUE(after.isBackAt(before, std::size_t{48} * 1024)) << after << "; before: " << before;
 }
