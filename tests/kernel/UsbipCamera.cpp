@@ -158,10 +158,12 @@ UsbipCamera::Bytes UsbipCamera::nextPayload() {
     if (const auto clip = clips.find(format_); clip != clips.end()) {
         std::ifstream file(QUELVO_PICTURES "/" + clip->second[number % clip->second.size()]);
         payload.insert(payload.end(), std::istreambuf_iterator<char>(file), {});
-    } else {  // YUY2. The camera's own scene takes an emulated machine too long.
-        const auto grey = static_cast<std::uint8_t>(124 + camera_.nextPicture().brightness / 4);
-        for (int pixel = 0; pixel < 80 * 60; ++pixel)
-            payload.insert(payload.end(), {grey, 128});
+    } else {  // YUY2, a ramp. The camera's own scene takes an emulated machine too long.
+        const int leftmost = 55 + camera_.nextPicture().brightness / 4;
+        for (int i = 0; i < 80 * 60; ++i) {
+            const int brighter = (i % 80 + i / 80) / 2;  // to the right and downwards
+            payload.insert(payload.end(), {static_cast<std::uint8_t>(leftmost + brighter), 128});
+        }
     }
     return payload;
 }

@@ -48,7 +48,7 @@ class Window : public testing::Test, public KernelWindow {
         return names;
     }
 
-    /// The latest picture's colour. What a decoder rounds off is rounded as well.
+    /// The latest picture's last colour. What a decoder rounds off is rounded as well.
     static std::uint32_t colour() {
         return (pixelsOf(*g_captureSession->latestFrame()).back() + 0x040404U) & 0xFFF8F8F8U;
     }
