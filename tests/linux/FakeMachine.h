@@ -1,8 +1,26 @@
 #pragma once
 
-#include <deque>
+#include <sys/sysmacros.h>
 
-#include "tests/linux/FakeUdev.h"
+// Other libraries in the process keep the real functions.
+#pragma GCC visibility push(hidden)
+#include <libudev.h>
+#pragma GCC visibility pop
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// A script, or what it comes to.
+using Lines = std::vector<std::string>;
+
+/// A device as it was when libudev looked at it.
+struct udev_device {
+    std::map<std::string, std::string> said;
+    std::unique_ptr<udev_device> parent;
+};
 
 /// What libudev and the kernel tell this process of its machine: what machine.txt says, until a
 /// test changes something. Its device files can be opened, and are nodes of the kernel's driver.
@@ -23,3 +41,6 @@ struct [[gnu::visibility("hidden")]] FakeMachine {
 
 /// The machine that all code of this process is on.
 inline FakeMachine fakeMachine;
+
+/// Makes a call fail for the reason with this name; any other word is none.
+int fail(const std::string& error);

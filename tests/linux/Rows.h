@@ -5,10 +5,8 @@
 
 #include <fstream>
 #include <functional>
-#include <string>
-#include <vector>
 
-using Lines = std::vector<std::string>;
+#include "tests/linux/FakeMachine.h"
 
 inline std::string joined(const Lines& lines, const char* between) {
     return fmt::format("{}", fmt::join(lines, between));
