@@ -30,8 +30,7 @@ void followScript() {
 void chooseMode() {
     static constexpr const char* forms[] = {"video/x-raw", "image/jpeg", "video/x-h264", "video/x"};
     static constexpr const char* layouts[] = {"YUY2", "ENCODED", "none"};
-    static const std::string failure = loadGStreamer();
-    require(failure.empty(), "GStreamer is there");
+    require(loadGStreamer().empty(), "GStreamer is there");
     const GstCapsPtr offered(gst_caps_new_empty());
     while (!input.atEnd())
         gst_caps_append_structure(

@@ -32,12 +32,11 @@ const auto held = std::make_shared<int>();
 /// Sends a flood of pictures of any sizes, or none.
 struct AnySource : VideoSource {
     void start(const VideoLimits& /*limits*/, VideoSink& sink) override {
-        const std::uint8_t width = input.byte();
-        const std::uint8_t height = input.byte();
-        const std::size_t row = sizeof(std::uint32_t) * width;
-        const auto write = [kept = held, row, height](std::byte* pixels, int bytesPerLine) {
+        const int width = input.byte();
+        const int height = input.byte();
+        const auto write = [kept = held, width, height](std::byte* pixels, int bytesPerLine) {
             for (int y = 0; y < height; ++y)
-                std::fill_n(pixels + std::ptrdiff_t{y} * bytesPerLine, row, std::byte{0xFF});
+                std::fill_n(pixels + std::ptrdiff_t{y} * bytesPerLine, 4 * width, std::byte{0xFF});
         };
         for (int count = width * height > 0 ? input.byte() : 0; count > 0; --count)
             sink.frame({width, height, write});

@@ -4,8 +4,7 @@ include_guard(GLOBAL)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
 find_package(fmt REQUIRED)
 
-add_library(fake_machine OBJECT
-  ${CMAKE_CURRENT_LIST_DIR}/FakeMachine.cpp ${CMAKE_CURRENT_LIST_DIR}/FakeUdev.cpp)
+add_library(fake_machine OBJECT ${CMAKE_CURRENT_LIST_DIR}/FakeMachine.cpp)
 target_compile_definitions(fake_machine PUBLIC QUELVO_LINUX_TESTS="${CMAKE_CURRENT_LIST_DIR}")
 target_link_libraries(fake_machine PUBLIC
   quelvo_options quelvo_platform_linux PkgConfig::GSTREAMER PkgConfig::UDEV Qt6::Core fmt::fmt)

@@ -41,6 +41,3 @@ struct [[gnu::visibility("hidden")]] FakeMachine {
 
 /// The machine that all code of this process is on.
 inline FakeMachine fakeMachine;
-
-/// Makes a call fail for the reason with this name; any other word is none.
-int fail(const std::string& error);
