@@ -19,8 +19,8 @@ void followScript() {
     Lines script;
     for (std::string line; std::getline(text, line);) {
         std::erase(line, '\0');
-        // A call that is interrupted for ever never ends; and there may be no events to wait for.
-        if (line.find("=EINTR") == std::string::npos && line != "hear events")
+        // A call that is interrupted for ever never ends.
+        if (line.find("error=EINTR") == line.npos && line.find("ioctl=EINTR") == line.npos)
             script.push_back(line);
     }
     saidIn(script);

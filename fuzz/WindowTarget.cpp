@@ -4,12 +4,12 @@
 #include <QApplication>
 #include <set>
 
+#include "app/ViewController.h"
 #include "camera/Transfer.h"
 #include "camera/UVCCameraControl.h"
 #include "devices/CameraList.h"
 #include "devices/CaptureSession.h"
 #include "fuzz/Input.h"
-#include "pages/vendor/VendorPage.h"
 #include "platform/AVCaptureSession.h"
 #include "platform/MainLoop.h"
 #include "platform/backend/Backends.h"
@@ -120,14 +120,6 @@ void transfer() {
                      static_cast<std::uint32_t>(buffer.size()), input.byte() % 4U);
 }
 
-/// What the window does not call, or never with such values.
-void workByName(UVCCameraControl& camera) {
-    const auto value = input.number<float>();
-    camera.setBrightness(value + camera.getBrightness());
-    camera.setExposure(value + camera.getExposure());
-    camera.setData(input.number<std::int64_t>(), input.byte() - 1, input.byte(), input.byte());
-}
-
 /// One life of the program, with the cameras and the log that it has.
 struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
     Program() {
@@ -168,18 +160,13 @@ struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
             [this] { any<QAbstractButton>().click(); },
             [this] { listener->arrived(attached.emplace_back(std::make_shared<AnyDevice>())); },
             [this] { unplug(); },
-            transfer,
-            [] { g_uvcCamera ? workByName(*g_uvcCamera) : void(); }};
+            transfer};
         isAtRest = false;
         input.oneOf(deeds)();
     }
     void check() {
         for (const auto* slider : window().findChildren<QSlider*>())
             require(slider->minimum() < slider->maximum(), "a slider has a range");
-        for (const vendor::ValueControl* row : vendor::values)
-            require((controller.*row->list).title() ==
-                        std::to_string((controller.*row->slider).intValue()),
-                    "a list shows its slider's number");
         std::multiset<std::string> listed, cameras;
         for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
             listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));

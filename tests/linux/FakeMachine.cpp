@@ -203,10 +203,11 @@ int udev_enumerate_add_match_parent(udev_enumerate* search, udev_device* parent)
 }
 
 int udev_enumerate_scan_devices(udev_enumerate* search) {
-    for (auto next = fakeMachine.tree.rbegin(); next != fakeMachine.tree.rend(); ++next)
-        if (next->second["subsystem"] == search->subsystem &&
-            next->first.starts_with(search->below))
-            search->found.reset(new udev_list_entry{next->first, std::move(search->found)});
+    for (auto next = fakeMachine.tree.rbegin(); next != fakeMachine.tree.rend(); ++next) {
+        auto& [path, fields] = *next;
+        if (fields["subsystem"] == search->subsystem && path.starts_with(search->below))
+            search->found.reset(new udev_list_entry{fields["syspath"], std::move(search->found)});
+    }
     return status(__func__);
 }
 

@@ -37,7 +37,8 @@ inline std::string ask(UsbInterface& interface, const std::string& line) {
     const auto at = [&](int place) { return static_cast<std::uint8_t>(bytes[place]); };
     const auto high = [&](int place) { return static_cast<std::uint16_t>(at(place) << 8U); };
     const auto size = static_cast<std::uint16_t>(data.size());
-    IOUSBDevRequest request{at(0), at(1), high(2), high(4), size, data.data()};
+    void* const room = line.ends_with("nothing") ? nullptr : data.data();
+    IOUSBDevRequest request{at(0), at(1), high(2), high(4), size, room};
     const IOReturn opened = interface.open();
     const IOReturn status = interface.controlRequest(request);
     std::string hex = fmt::format("{:02x}", fmt::join(data, ""));
@@ -61,8 +62,8 @@ struct Session : CaptureListener {
         if (line == "listen")
             capture.setListener(this);
         else if (line == "hear events")
-            while (!fakeMachine.events.empty())
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            while (!fakeMachine.events.empty() && QEventLoop().processEvents())
+                continue;
         else if (line == "list captures")
             for (const auto& each : capture.devices())
                 said.push_back(each->uniqueID() + ' ' + each->localizedName());
