@@ -62,6 +62,7 @@ std::string answer(Fields& node, unsigned long request, void* argument) {
     } else if (request == VIDIOC_QUERYCAP) {
         auto& capability = *static_cast<v4l2_capability*>(argument);
         node["card"].copy(reinterpret_cast<char*>(capability.card), sizeof capability.card);
+        capability.bus_info[0] = 'u';  // of "usb", close behind the card's name
         capability.capabilities = static_cast<std::uint32_t>(number("capabilities"));
         capability.device_caps = static_cast<std::uint32_t>(number("device_caps"));
     } else if (request == VIDIOC_QUERY_EXT_CTRL) {
