@@ -5,7 +5,6 @@
 #include "fuzz/Input.h"
 #include "platform/linux/preview/H264Size.h"
 #include "platform/linux/preview/JpegPicture.h"
-#include "platform/linux/preview/PreviewMode.h"
 #include "tests/linux/Session.h"
 #include "tests/support/Pixels.h"
 
@@ -26,24 +25,6 @@ void followScript() {
     saidIn(script);
 }
 
-/// Modes of any size and rate, in forms that are known or not.
-void chooseMode() {
-    static constexpr const char* forms[] = {"video/x-raw", "image/jpeg", "video/x-h264", "video/x"};
-    static constexpr const char* layouts[] = {"YUY2", "ENCODED", "none"};
-    require(loadGStreamer().empty(), "GStreamer is there");
-    const GstCapsPtr offered(gst_caps_new_empty());
-    while (!input.atEnd())
-        gst_caps_append_structure(
-            offered.get(),
-            gst_structure_new(input.oneOf(forms), "width", G_TYPE_INT, input.number<int>(),
-                              "height", G_TYPE_INT, input.number<int>(), "framerate",
-                              GST_TYPE_FRACTION, input.byte(), 1 + input.byte(), "format",
-                              G_TYPE_STRING, input.oneOf(layouts), nullptr));
-    const PreviewMode mode = choosePreviewMode(offered.get(), {640, 480});
-    require(!mode.caps == (mode.kind == nullptr), "a mode has a form");
-    require(!mode.caps || gst_caps_is_fixed(mode.caps.get()), "a mode leaves nothing open");
-}
-
 void readAnySize() {
     for (const auto& size : {statedH264Size(input.rest), statedJpegSize(input.rest)})
         require(!size || (size->width >= 0 && size->height >= 0), "a size is no less than nothing");
@@ -62,7 +43,7 @@ void showAnyImage() {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static constexpr void (*parts[])() = {followScript, showAnyImage, chooseMode, readAnySize};
+    static constexpr void (*parts[])() = {followScript, showAnyImage, readAnySize};
     static int arguments = 0;
     static const QCoreApplication application(arguments, nullptr);
     input.rest = {data, size};
