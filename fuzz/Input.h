@@ -18,15 +18,11 @@ inline struct Input {
     void fill(std::span<std::uint8_t> to) {
         std::ranges::generate(to, [this] { return byte(); });
     }
-    auto filled(auto range) {
-        fill({reinterpret_cast<std::uint8_t*>(range.data()), range.size() * sizeof range[0]});
-        return range;
+    std::string text() {
+        std::vector<std::uint8_t> bytes(byte() % 91);
+        fill(bytes);
+        return {bytes.begin(), bytes.end()};
     }
-    template <class Number>
-    Number number() {
-        return filled(std::vector<Number>(1)).front();
-    }
-    std::string text() { return filled(std::string(byte() % 91, '\0')); }
     bool seldom() { return byte() == 0xFF; }
     auto& oneOf(auto&& list) { return *std::next(std::begin(list), byte() % std::ssize(list)); }
 } input;

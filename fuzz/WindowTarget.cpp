@@ -103,8 +103,10 @@ struct Bus : Backend {
 };
 
 void move(QSlider& slider) {
-    if (slider.isEnabled())
-        slider.setValue(slider.minimum() + input.number<std::uint16_t>());
+    if (!slider.isEnabled())
+        return;
+    const int low = input.byte();
+    slider.setValue(slider.minimum() + 256 * input.byte() + low);
 }
 
 void chooseIn(QComboBox& list) {
