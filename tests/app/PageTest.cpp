@@ -6,7 +6,6 @@
 #include <QLabel>
 
 #include "camera/ControlTable.h"
-#include "pages/vendor/ShowAlert.h"
 #include "pages/vendor/VendorPage.h"
 #include "tests/support/Exchanges.h"
 #include "tests/support/WindowFixture.h"
@@ -58,17 +57,6 @@ INSTANTIATE_TEST_SUITE_P(Pages, ExchangeTest,
                                                           "channel.txt"},
                                                          "direct")),
                          [](const auto& exchange) { return exchange.param.name; });
-
-TEST(ShowAlertTest, AsksInPlainTextAndTakesACloseForARefusal) {
-    const WindowFixture fixture;
-    for (const auto& [answer, result] : {std::pair{QMessageBox::AcceptRole, 1},
-                                         {QMessageBox::RejectRole, 0},
-                                         {QMessageBox::InvalidRole, 0}}) {
-        const NextBox box(answer);
-        EXPECT_EQ(ShowAlert("Notice", "<b>?</b>", 1), result);
-        EXPECT_EQ(box.said() + ' ' + box.look(), "Notice: <b>?</b> plain OK Cancel");
-    }
-}
 
 TEST(VersionLabelTest, NamesTheHardwareByItsFirmwareInPlainText) {
     for (const auto& [version, label] : {std::pair{"V9.2.4", "v3 V9.2.4"},

@@ -198,36 +198,30 @@ TEST_F(Window, PulledOutDuringADragItIsToldOnceAndTheNextOneIsNotTouched) {
 }
 
 // From the first request, over the preview's start and the page load, to the moves of a slider.
-TEST_F(Window, PulledOutAtAnyMomentItIsToldAndTheNextOpenWorks) {
-    for (const unsigned answered : {0U, 9U, 30U, 60U, 90U, 120U}) {
+TEST_F(Window, PulledOutAtAnyMomentItIsToldAndLeavesNothingBehindAndTheNextOpenWorks) {
+    Footprint before;
+    for (unsigned answered = 0; answered <= 140; answered += 10) {
         SCOPED_TRACE(testing::Message() << "after " << answered << " requests");
         const auto plugged = plug(studioCamera(), 0);
         log.take();
         plugged->camera().setFaults({.vanishesAfter = answered});
         clickOpen();
-        for (int i = 0; i <= 120 && log.count(requestFailed) == 0; ++i)
+        for (int i = 0; i <= 140 && log.count(requestFailed) == 0; ++i)
             moveSlider("m_sliderBright", i % 2 == 0 ? 3 : 9);
         EXPECT_GT(log.count(requestFailed), 0);
         EXPECT_TRUE(waitForCameras(0));
         expectSane();
         EXPECT_TRUE(waitUntil([&] { return log.count(previewFailed) > 0; }));
         EXPECT_EQ(log.count("processRemoveDeviceEventWithNotification"), 2);
-    }
-}
-
-TEST_F(Window, HoweverOftenACameraIsPluggedInNothingIsLeftBehind) {
-    Footprint before;
-    for (int i = 0; i <= 14; ++i) {
-        expectSane();
         // The pull ends the preview at a time of its own, a stop within the wait.
         g_captureSession->stopRunning();
         EXPECT_TRUE(waitForPreviews());
-        log.take();
-        if (i == 10)
+        if (answered == 100)
             before = Footprint::now();
     }
+    log.take();
     const Footprint after = Footprint::now();
     before.threads += 2;  // GLib keeps threads without work for a while
-    // A picture (19 KiB) may still be on its way to the window.
-    EXPECT_TRUE(after.isBackAt(before, std::size_t{48} * 1024)) << after << "; before: " << before;
+    // A picture may still be on its way to the window.
+    EXPECT_TRUE(after.isBackAt(before, std::size_t{400} * 1024)) << after << "; before: " << before;
 }

@@ -160,9 +160,9 @@ class Performance {
         log_.clear();
     }
 
-    void answerNextBox() {
-        answer_ = part_[1] == "OK" ? QMessageBox::AcceptRole : QMessageBox::RejectRole;
-        question_ = part_[2];
+    void answerNextBox(QMessageBox::ButtonRole answer) {
+        answer_ = answer;
+        question_ = part_[1];
     }
 
     /// Breaks one more thing of the camera.
@@ -232,7 +232,9 @@ class Performance {
         {"m_.*", [this] { expectWidgets(); }},
         {"meanwhile (.*)", [this] { expectWidgetsMeanwhile(); }},
         {"forget", [this] { forget(); }},
-        {"answer (OK|Cancel) (.*)", [this] { answerNextBox(); }},
+        {"answer OK (.*)", [this] { answerNextBox(QMessageBox::AcceptRole); }},
+        {"answer Cancel (.*)", [this] { answerNextBox(QMessageBox::RejectRole); }},
+        {"close (.*)", [this] { answerNextBox(QMessageBox::InvalidRole); }},
         {"mend", fault([](Faults& faults) { faults = {}; })},
         {"stall (.*)", fault([this](Faults& faults) { faults.stalled = controlsIn(part_[1]); })},
         {"length (\\S+) (\\d+)", fault([this](Faults& faults) {

@@ -67,9 +67,6 @@ NextBox::NextBox(QMessageBox::ButtonRole answer) {
         if (box == nullptr)
             return;
         said_ = box->windowTitle().toStdString() + ": " + box->text().toStdString();
-        look_ = box->textFormat() == Qt::PlainText ? "plain" : "rich";
-        for (auto* button : box->buttons())
-            look_ += ' ' + button->text().toStdString();
         if (answer == QMessageBox::InvalidRole)
             box->close();
         for (auto* button : box->buttons())

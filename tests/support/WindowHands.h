@@ -56,11 +56,8 @@ class NextBox {
     explicit NextBox(QMessageBox::ButtonRole answer);
 
     const std::string& said() const { return said_; }
-    /// Whether the box took its text as "plain" or as "rich", and its buttons.
-    const std::string& look() const { return look_; }
 
   private:
     QTimer timer_;
     std::string said_;
-    std::string look_;
 };
