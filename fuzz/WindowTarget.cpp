@@ -4,20 +4,14 @@
 #include <QApplication>
 #include <set>
 
-#include "app/ViewController.h"
 #include "camera/Transfer.h"
-#include "camera/UVCCameraControl.h"
-#include "devices/CameraList.h"
-#include "devices/CaptureSession.h"
 #include "fuzz/Input.h"
-#include "platform/AVCaptureSession.h"
 #include "platform/MainLoop.h"
 #include "platform/backend/Backends.h"
 #include "platform/backend/CaptureBackend.h"
 #include "platform/backend/LogSink.h"
 #include "platform/backend/UsbBackend.h"
-#include "platform/qt/Interface.h"
-#include "tests/support/WindowHands.h"
+#include "tests/support/WindowFixture.h"
 
 namespace {
 
@@ -123,7 +117,7 @@ void transfer() {
 }
 
 /// One life of the program, with the cameras and the log that it has.
-struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
+struct Program : LiveWindow, Bus<CaptureBackend, CaptureDevice>, LogSink {
     Program() {
         installBackends({&usb, this, this});
         meanwhile = [this] {  // behind a box nothing but the bus moves
@@ -131,9 +125,11 @@ struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
         };
         for (int count = input.byte() % 4; count > 0; --count)
             attached.push_back(std::make_shared<AnyDevice>());
-        controller.viewDidLoad();
+        controller().viewDidLoad();
     }
-    QWidget& window() override { return interface->widget(); }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+    ~Program() override { stop(); }
     void setListener(CaptureListener* chosen) override { listener = chosen; }
     void line(std::string_view text) override {
         require(QUtf8StringView(text.data(), std::ssize(text)).isValidUtf8() &&
@@ -170,8 +166,9 @@ struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
         for (const auto* slider : window().findChildren<QSlider*>())
             require(slider->minimum() < slider->maximum(), "a slider has a range");
         std::multiset<std::string> listed, cameras;
-        for (int i = 0; i < controller.m_cbxDevice.numberOfItems(); ++i)
-            listed.insert(controller.m_cbxDevice.itemObjectValueAtIndex(i));
+        const QComboBox& box = list("m_cbxDevice");
+        for (int i = 0; i < box.count(); ++i)
+            listed.insert(box.itemText(i).toStdString());
         for (const auto& device : attached)
             if (device->video)
                 cameras.emplace(entryName(AVCaptureDevice(device).localizedName()));
@@ -183,8 +180,6 @@ struct Program : WindowHands, Bus<CaptureBackend, CaptureDevice>, LogSink {
     bool isAtRest = true;
     Bus<UsbBackend, UsbDevice> usb;
     CaptureListener* listener = nullptr;
-    ViewController controller;
-    std::unique_ptr<InterfaceWindow> interface = InterfaceWindow::load(controller);
 };
 
 }  // namespace
@@ -206,8 +201,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             QCoreApplication::processEvents();
         program.check();
     } while (!input.atEnd());
-    g_captureSession.reset();
-    g_uvcCamera.reset();
     g_length = 0;
     attached.clear();
     return 0;

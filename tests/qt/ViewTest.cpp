@@ -50,25 +50,20 @@ void onEachPage(WindowFixture& fixture, Check check) {
     }
 }
 
-TEST(ViewTest, TextsAndOutlinesStandOutInLightAndDark) {
+TEST(ViewTest, OutlinesStandOutInLightAndDark) {
     for (const QPalette& palette : {QPalette(QColor(49, 54, 59), QColor(42, 46, 50)),
                                     QPalette(Qt::black, Qt::black), QPalette()}) {
         WindowFixture fixture;
         QApplication::setPalette(palette);
         onEachPage(fixture, [&](const QWidget& widget, const QImage& image, const QString&) {
-            if (!widget.isEnabled())
+            if (!widget.isEnabled() || widget.property("action").isNull())
                 return;
             const QPoint corner = widget.mapTo(&fixture.window(), QPoint());
-            if (!textOf(widget).isEmpty()) {
-                EXPECT_GE(contrast(image.copy(QRect(corner, widget.size()))), 4.5);
-            }
             // The edge that is not coloured: of a slider the right one, of all else the left one.
             QRect edge(corner + QPoint(-2, widget.height() / 2 - 4), QSize(12, 8));
             if (qobject_cast<const QSlider*>(&widget) != nullptr)
                 edge = {corner + QPoint(widget.width() - 20, 0), QSize(8, 16)};
-            if (!widget.property("action").isNull()) {
-                EXPECT_GE(contrast(image.copy(edge)), 3);
-            }
+            EXPECT_GE(contrast(image.copy(edge)), 3);
         });
     }
 }

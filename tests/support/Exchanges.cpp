@@ -237,11 +237,9 @@ class Performance {
         {"close (.*)", [this] { answerNextBox(QMessageBox::InvalidRole); }},
         {"mend", fault([](Faults& faults) { faults = {}; })},
         {"stall (.*)", fault([this](Faults& faults) { faults.stalled = controlsIn(part_[1]); })},
-        {"length (\\S+) (\\d+)", fault([this](Faults& faults) {
-             faults.lengths[control(1)] = static_cast<std::uint16_t>(number(2));
-         })},
-        {"short (\\S+) (\\d+)", fault([this](Faults& faults) {
-             faults.shortReads[control(1)] = static_cast<std::uint16_t>(number(2));
+        {"(length|short) (\\S+) (\\d+)", fault([this](Faults& faults) {
+             auto& broken = part_[1] == "length" ? faults.lengths : faults.shortReads;
+             broken[control(2)] = static_cast<std::uint16_t>(number(3));
          })},
         {"delay (\\d+)",
          fault([this](Faults& faults) { faults.delay = std::chrono::milliseconds(number(1)); })},
