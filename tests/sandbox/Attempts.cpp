@@ -70,7 +70,7 @@ std::string whatCanBeDone() {
             refusal.starts_with("ENOSYS") ? error == ENOSYS : error == EPERM || error == EACCES;
         anyRefused |= isRefused && !refusal.ends_with('?');
         if (!isRefused)
-            could += (could.empty() ? "" : ", ") + name + words;
+            could.append(could.empty() ? "" : ", ").append(name).append(words);
     }
     if (!anyRefused)
         return "everything";
