@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 
