@@ -243,5 +243,5 @@ TEST_F(Window, PulledOutAtAnyMomentItIsToldAndLeavesNothingBehindAndTheNextOpenW
     const Footprint after = Footprint::now();
     before.threads += 2;  // GLib keeps threads without work for a while
     // A picture may still be on its way to the window.
-    EXPECT_TRUE(after.isBackAt(before, std::size_t{400} * 1024)) << after << "; before: " << before;
+    EXPECT_TRUE(after.isBackAt(before, std::size_t{48} * 1024)) << after << "; before: " << before;
 }
